@@ -1,0 +1,39 @@
+// Reads an INI-style file of sections and key = value lines.
+//
+// Format: "[name]" starts section `name` (blanks around the name are trimmed);
+// lines before the first header belong to the section with the empty name. A line
+// "key = value" stores `value` under `key`, both trimmed of surrounding blanks; the
+// first "=" separates them, so values may hold "=". Lines whose first non-blank
+// character is "#" or ";" are comments; blank lines and lines without "=" are
+// ignored; a later key of the same name in one section replaces the earlier one.
+// Line ends may be LF or CRLF; text is UTF-8.
+#ifndef PLUGINSDK_INIFILEREADER_H
+#define PLUGINSDK_INIFILEREADER_H
+
+#include <map>
+#include <string>
+
+#include "base/Export.h"
+
+namespace PluginSDK {
+
+class HOSTSDK_API IniFileReader {
+public:
+    // Reads the whole file now; a null path or a file that cannot be read leaves the
+    // reader not loaded and empty.
+    explicit IniFileReader(const wchar_t* path);
+
+    bool isLoaded() const { return m_loaded; }
+    // Copies the value of `key` in `section` into `value` and returns true; returns
+    // false and leaves `value` untouched when there is no such key.
+    bool getProperty(const std::wstring& section, const std::wstring& key,
+                     std::wstring& value) const;
+
+private:
+    bool m_loaded;
+    std::map<std::wstring, std::map<std::wstring, std::wstring>> m_sections;
+};
+
+}  // namespace PluginSDK
+
+#endif

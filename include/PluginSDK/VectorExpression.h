@@ -1,0 +1,29 @@
+// An expression whose result is a list of strings.
+#ifndef PLUGINSDK_VECTOREXPRESSION_H
+#define PLUGINSDK_VECTOREXPRESSION_H
+
+#include "PluginSDK/Expression.h"
+#include "PluginSDK/StringVector.h"
+#include "PluginSDK/Types.h"
+#include "base/Export.h"
+
+namespace PluginSDK {
+
+class HOSTSDK_API VectorExpression : public Expression {
+public:
+    ~VectorExpression() override;
+    // 1 for an operator, 0 for an operand.
+    virtual int isOperator() = 0;
+    // EXPRESSION_TYPE_VECTOR.
+    virtual int getType();
+    // 1 when the expression can be evaluated.
+    virtual int isReady() = 0;
+    // Releases what the expression holds for the host; called before destruction.
+    virtual void disposeExpression() = 0;
+    // Evaluates the expression into `result`; returns 0 or an error code.
+    virtual TErrorCode getVectorResult(StringVector& result) = 0;
+};
+
+}  // namespace PluginSDK
+
+#endif

@@ -1,0 +1,60 @@
+// One node of a parsed XML document.
+//
+// A node owns its children. Text is kept exactly as written in the document,
+// white space between elements included; character references and the predefined
+// entities are replaced by their characters. Adjacent character data forms one
+// text node; a comment, a processing instruction, an element or a CDATA section
+// between two pieces of text separates them. A CDATA section is a text node of its
+// own. Destroying a tree of any depth uses a constant amount of stack.
+#ifndef HOSTSDK_XML_NODE_H
+#define HOSTSDK_XML_NODE_H
+
+#include <list>
+
+#include "base/Export.h"
+#include "base/String.h"
+#include "base/StringMap.h"
+
+class HOSTSDK_API Node {
+public:
+    enum Type {
+        ELEMENT = 0,
+        TEXT = 1,                    // character data and CDATA sections
+        COMMENT = 2,                 // value: the comment's text
+        PROCESSING_INSTRUCTION = 3,  // name: the target; value: the data
+    };
+
+    Node(Type type, const String& name);
+    virtual ~Node();
+    Node(const Node&) = delete;
+    Node& operator=(const Node&) = delete;
+
+    virtual int getType() const { return m_type; }
+    bool isElement() const { return getType() == ELEMENT; }
+    // An element's tag name; "#text" or "#comment" for those kinds; a processing
+    // instruction's target.
+    const String& getName() const { return m_name; }
+    // The text of a text or comment node, the data of a processing instruction,
+    // empty for an element.
+    const String& getValue() const { return m_value; }
+    void setValue(const String& value) { m_value = value; }
+    void appendValue(const wchar_t* text, int length);
+    // An element's attributes; empty for the other kinds.
+    const StringMap& getAttributes() const { return m_attributes; }
+    StringMap& getAttributes() { return m_attributes; }
+
+    // Sets `*children` to the list of children in document order and returns 0;
+    // returns 1 when `children` is null. The list belongs to the node.
+    int getChildren(const std::list<Node*>** children) const;
+    // Appends `child`, which the node then owns.
+    void addChild(Node* child) { m_children.push_back(child); }
+
+private:
+    Type m_type;
+    String m_name;
+    String m_value;
+    StringMap m_attributes;
+    std::list<Node*> m_children;
+};
+
+#endif

@@ -1,0 +1,1 @@
+namespace regscan { int placeholder = 0; }

@@ -1,0 +1,47 @@
+// The package storage shared by all concrete providers: packages in load order
+// (owned) and an index by key (and alias keys, owning nothing).
+#ifndef REGPLUGIN_COMMON_CACHEDDATAPROVIDER_H
+#define REGPLUGIN_COMMON_CACHEDDATAPROVIDER_H
+
+#include <cstdint>
+#include <list>
+#include <map>
+
+#include "common/RegistryDataProvider.h"
+
+namespace RegPlugin {
+
+class CachedDataProvider : public RegistryDataProvider {
+public:
+    CachedDataProvider();
+    // Calls clear(), which destroys every package.
+    ~CachedDataProvider() override;
+
+    // Stores a newly read package: appends it and indexes it under its key. -101 for
+    // null. When the key is already there, returns 0 and changes nothing: the
+    // package is not taken and stays the caller's (the first package of a key wins).
+    virtual TErrorCode add(RegistryPackage* package);
+    // Indexes `package` also under `key`; the list is untouched. -101 for null; an
+    // existing mapping of `key` is kept (returns 0).
+    virtual TErrorCode addToMap(RegistryPackage* package, const PluginSDK::String& key);
+    // The package indexed under `key`, or null.
+    virtual RegistryPackage* find(const PluginSDK::String& key);
+    // Iteration in load order; one cursor per provider. Null at the end.
+    virtual RegistryPackage* getFirst();
+    virtual RegistryPackage* getNext();
+    // The number of list elements (aliases do not count).
+    virtual int32_t size();
+    // Destroys every package and empties the index. The list keeps its (now null)
+    // elements, so getFirst() gives null afterwards and size() is unchanged; only
+    // the destructor calls it. Returns 0.
+    virtual TErrorCode clear();
+
+protected:
+    std::list<RegistryPackage*> packages;
+    std::map<PluginSDK::String, RegistryPackage*> index;
+    std::list<RegistryPackage*>::iterator cursor;
+};
+
+}  // namespace RegPlugin
+
+#endif
