@@ -11,7 +11,7 @@
 namespace PluginSDK {
 
 class HOSTSDK_API Configuration {
-public:
+  public:
     // Sets `out` to the store of the plug-in named `pluginName`, making an empty one
     // on the first request; the store stays valid until cleanup() of that name.
     // Returns 0; with a null name, ERROR_NULL_ARGUMENT and `out` set to null.
@@ -28,7 +28,7 @@ public:
     // Every property, in ascending name order.
     const std::map<String, String>& properties() const { return m_properties; }
 
-private:
+  private:
     Configuration() = default;
     std::map<String, String> m_properties;
 };

@@ -11,7 +11,7 @@
 namespace PluginSDK {
 
 class HOSTSDK_API Expression {
-public:
+  public:
     Expression();
     virtual ~Expression();
     Expression(const Expression&) = delete;
@@ -26,7 +26,7 @@ public:
     // null `value` removes the property. A null `name` is ignored.
     void setProperty(const wchar_t* name, const wchar_t* value);
 
-private:
+  private:
     std::map<std::wstring, std::wstring> m_properties;
 };
 

@@ -21,7 +21,7 @@
 namespace PluginSDK {
 
 class HOSTSDK_API Plugin {
-public:
+  public:
     Plugin();
     virtual ~Plugin();
     Plugin(const Plugin&) = delete;
@@ -44,7 +44,7 @@ public:
     // Host side: the announced names, in the order of their first announcement.
     const std::vector<std::wstring>& getExpressionNames() const { return m_expressionNames; }
 
-private:
+  private:
     std::vector<std::wstring> m_expressionNames;
 };
 

@@ -10,7 +10,7 @@
 namespace PluginSDK {
 
 class HOSTSDK_API ScalarExpression : public Expression {
-public:
+  public:
     ~ScalarExpression() override;
     // 1 for an operator, 0 for an operand.
     virtual int isOperator() = 0;

@@ -8,7 +8,7 @@
 namespace PluginSDK {
 
 class HOSTSDK_API ScalarOperand : public ScalarExpression {
-public:
+  public:
     ~ScalarOperand() override;
     int isOperator() override;  // 0
     int isReady() override;     // 1

@@ -15,7 +15,7 @@
 namespace PluginSDK {
 
 class HOSTSDK_API String {
-public:
+  public:
     String() noexcept : m_rep(nullptr) {}
     String(const String& other) noexcept;
     String(String&& other) noexcept : m_rep(other.m_rep) { other.m_rep = nullptr; }
@@ -43,6 +43,7 @@ public:
 
     bool operator==(const String& other) const noexcept;
     bool operator!=(const String& other) const noexcept { return !(*this == other); }
+    // A null `other` counts as the empty string.
     bool operator==(const wchar_t* other) const noexcept;
     bool operator!=(const wchar_t* other) const noexcept { return !(*this == other); }
     // Order by character value; the order of every keyed map of strings.
@@ -64,7 +65,7 @@ public:
     // `text` is null or memory runs out.
     static char* getMultibyteString(const wchar_t* text);
 
-private:
+  private:
     struct Rep;
     void assign(const wchar_t* text, std::size_t length);
     void append(const wchar_t* text, std::size_t length);

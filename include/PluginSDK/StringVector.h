@@ -10,7 +10,7 @@
 namespace PluginSDK {
 
 class HOSTSDK_API StringVector {
-public:
+  public:
     void addString(const String& text) { m_items.push_back(text); }
     void addString(const wchar_t* text) { m_items.emplace_back(text); }
     // The element at `index`; an empty string when `index` is out of range.
@@ -25,7 +25,7 @@ public:
     std::vector<String>::const_iterator begin() const { return m_items.begin(); }
     std::vector<String>::const_iterator end() const { return m_items.end(); }
 
-private:
+  private:
     std::vector<String> m_items;
 };
 

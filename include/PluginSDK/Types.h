@@ -13,10 +13,10 @@ namespace PluginSDK {
 
 // Codes that the host's own operations give.
 constexpr TErrorCode RESULT_OK = 0;
-constexpr TErrorCode ERROR_NULL_ARGUMENT = -101;          // a required pointer is null
-constexpr TErrorCode ERROR_NO_SUCH_EXPRESSION = -10008;   // createExpression: unknown name
-constexpr TErrorCode ERROR_NO_MORE_ITEMS = -10009;        // an iterator is at its end
-constexpr TErrorCode ERROR_PROPERTY_NOT_FOUND = -10010;   // Configuration::getProperty
+constexpr TErrorCode ERROR_NULL_ARGUMENT = -101;         // a required pointer is null
+constexpr TErrorCode ERROR_NO_SUCH_EXPRESSION = -10008;  // createExpression: unknown name
+constexpr TErrorCode ERROR_NO_MORE_ITEMS = -10009;       // an iterator is at its end
+constexpr TErrorCode ERROR_PROPERTY_NOT_FOUND = -10010;  // Configuration::getProperty
 
 // Expression kinds, as getType() gives them.
 constexpr int EXPRESSION_TYPE_SCALAR = 0;

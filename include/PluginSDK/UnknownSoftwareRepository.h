@@ -13,7 +13,7 @@
 namespace PluginSDK {
 
 class HOSTSDK_API UnknownSoftwareRepository {
-public:
+  public:
     UnknownSoftwareRepository();
     virtual TErrorCode init() = 0;
     virtual TErrorCode getNext() = 0;

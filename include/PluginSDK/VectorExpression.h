@@ -10,7 +10,7 @@
 namespace PluginSDK {
 
 class HOSTSDK_API VectorExpression : public Expression {
-public:
+  public:
     ~VectorExpression() override;
     // 1 for an operator, 0 for an operand.
     virtual int isOperator() = 0;

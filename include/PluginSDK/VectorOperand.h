@@ -8,7 +8,7 @@
 namespace PluginSDK {
 
 class HOSTSDK_API VectorOperand : public VectorExpression {
-public:
+  public:
     ~VectorOperand() override;
     int isOperator() override;  // 0
     int isReady() override;     // 1

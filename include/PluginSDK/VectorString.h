@@ -23,7 +23,7 @@
 namespace PluginSDK {
 
 class HOSTSDK_API VectorString {
-public:
+  public:
     VectorString() : m_count(0) {}
 
     // Appends one element, given as UTF-8 / as wide text; null counts as empty.
@@ -38,7 +38,7 @@ public:
     // null counts as the empty text. Returns 0.
     static int toVector(const wchar_t* text, StringVector& out);
 
-private:
+  private:
     void appendElement(const wchar_t* element, std::size_t length);
     std::wstring m_text;
     int m_count;

@@ -10,7 +10,7 @@
 #include "base/String.h"
 
 class HOSTSDK_API File {
-public:
+  public:
     enum ListTypes {
         LIST_ALL = 0,          // every entry
         LIST_FILES = 1,        // entries that are not directories
@@ -45,10 +45,11 @@ public:
 
     // Resolves "." and ".." components and doubled separators without touching the
     // disk. ".." at the root stays at the root; a relative path keeps the leading
-    // ".." components it cannot resolve; a trailing separator is kept; "" stays "".
+    // ".." components it cannot resolve, and one that resolves to nothing ("a/..")
+    // gives "."; a trailing separator is kept; "" stays "".
     static String NormalizePath(const String& path);
 
-private:
+  private:
     String m_path;
 };
 

@@ -15,14 +15,14 @@
 #include "base/Export.h"
 
 class HOSTSDK_API GlobFilter {
-public:
+  public:
     enum Result {
         GLOB_OK = 0,
         GLOB_NO_MATCH = 1,
-        GLOB_NULL_PATTERN = 2,       // compile: null pattern
-        GLOB_UNTERMINATED_CLASS = 3, // compile: "[" without its "]"
-        GLOB_TRAILING_ESCAPE = 4,    // compile: "\" at the end of the pattern
-        GLOB_NOT_COMPILED = 5,       // match: no pattern compiled successfully
+        GLOB_NULL_PATTERN = 2,        // compile: null pattern
+        GLOB_UNTERMINATED_CLASS = 3,  // compile: "[" without its "]"
+        GLOB_TRAILING_ESCAPE = 4,     // compile: "\" at the end of the pattern
+        GLOB_NOT_COMPILED = 5,        // match: no pattern compiled successfully
     };
 
     GlobFilter();
@@ -42,7 +42,7 @@ public:
 
     struct Token;
 
-private:
+  private:
     std::vector<Token>* m_tokens;
     bool m_ignoreCase;
 };

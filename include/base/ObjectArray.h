@@ -7,7 +7,7 @@
 
 template <class T>
 class ObjectArray {
-public:
+  public:
     // Appends a copy of `item`; stores its position in `*index` when `index` is not
     // null. Returns 0.
     int add(const T& item, int* index) {
@@ -25,7 +25,7 @@ public:
     bool isEmpty() const { return m_items.empty(); }
     void clear() { m_items.clear(); }
 
-private:
+  private:
     std::vector<T> m_items;
 };
 

@@ -10,7 +10,7 @@
 
 // The child's standard output, read after the process has been waited for.
 class HOSTSDK_API InputStream {
-public:
+  public:
     InputStream();
     ~InputStream();
     InputStream(const InputStream&) = delete;
@@ -22,14 +22,14 @@ public:
     // Everything not read yet, as bytes; the stream is then at its end.
     std::string readAll();
 
-private:
+  private:
     friend class Process;
     std::string m_data;
     std::size_t m_position;
 };
 
 class HOSTSDK_API Process {
-public:
+  public:
     // Deleting a process that has not been waited for kills the child (SIGKILL) and
     // reaps it.
     ~Process();
@@ -38,8 +38,10 @@ public:
 
     // Waits until the child has ended, collecting its standard output meanwhile, so
     // that a child writing more than a pipe holds never blocks. Output that the
-    // child's own children write after it has ended is not waited for. Returns 0,
-    // or an errno value when the child could not be waited for.
+    // child's own children write after it has ended is not waited for. Returns 0
+    // (also on later calls), or an errno value when the child could not be waited
+    // for (for example ECHILD when it was reaped elsewhere); the process is then
+    // forgotten: getPid() gives -1 and the destructor kills nothing.
     int waitFor();
     // The child's exit status; 128 + the signal number when it was killed by a
     // signal; -1 before waitFor() has succeeded.
@@ -53,9 +55,10 @@ public:
     InputStream* getInputStream() { return &m_output; }
     pid_t getPid() const { return m_pid; }
 
-private:
+  private:
     friend class Runtime;
     Process(pid_t pid, int outputFd);
+    void forget();
 
     pid_t m_pid;
     int m_outputFd;

@@ -9,7 +9,7 @@
 #include "base/StringMap.h"
 
 class HOSTSDK_API Runtime {
-public:
+  public:
     enum ExecFlags {
         EXEC_CAPTURE_OUTPUT = 1,  // the child's standard output goes to the Process
     };
@@ -21,8 +21,9 @@ public:
     // anything: blanks separate words; '...' keeps everything literally; "..." keeps
     // everything but \" \\ \$ \` which stand for the second character; outside quotes
     // \ makes the next character literal. The first word is the program: a word with
-    // a "/" is taken as a path, any other is looked up in the PATH of the child's
-    // environment (of this process's when that has none).
+    // a "/" is taken as a path (a relative one from the working directory), any other
+    // is looked up in the PATH of the child's environment (of this process's when
+    // that has none).
     //
     // `environment`: name=value entries for the child; null inherits this process's.
     // `workingDirectory`: the child's working directory; null keeps this process's.
@@ -43,7 +44,7 @@ public:
     // trailing backslash.
     static bool splitCommand(const String& command, ObjectArray<String>& words);
 
-private:
+  private:
     Runtime() = default;
 };
 

@@ -10,7 +10,7 @@
 #include "base/Export.h"
 
 class HOSTSDK_API String {
-public:
+  public:
     String();
     String(const String& other);
     String(String&& other) noexcept;
@@ -44,7 +44,8 @@ public:
     String substring(int begin) const;
     String substring(int begin, int end) const;
     // Three-way comparison by character value: negative, 0 (equal) or positive.
-    // A non-zero `ignoreCase` compares case-insensitively.
+    // A non-zero `ignoreCase` compares case-insensitively, by simple one-to-one case
+    // folding that does not depend on the process locale.
     int compareTo(const String& other, int ignoreCase) const;
     int compareTo(const wchar_t* other) const;
     // Appends and returns this string.
@@ -60,7 +61,7 @@ public:
     bool operator!=(const char* other) const { return !(*this == other); }
     bool operator<(const String& other) const { return m_text < other.m_text; }
 
-private:
+  private:
     void invalidate() { m_narrowValid = false; }
 
     std::wstring m_text;

@@ -9,7 +9,7 @@
 #include "base/String.h"
 
 class HOSTSDK_API StringMap {
-public:
+  public:
     using Entries = std::map<std::wstring, std::wstring>;
 
     // Copies the value of `key` into `value` and returns true; when the key is
@@ -22,7 +22,7 @@ public:
     // All entries in ascending key order.
     const Entries& entries() const { return m_entries; }
 
-private:
+  private:
     Entries m_entries;
 };
 

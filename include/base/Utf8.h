@@ -16,12 +16,15 @@
 #include "base/Export.h"
 
 class HOSTSDK_API Utf8 {
-public:
+  public:
     // Decodes `length` bytes of `text` and appends the characters to `out`.
     static void decode(const char* text, std::size_t length, std::wstring& out);
     static std::wstring decode(const char* text, std::size_t length);
     // Decodes a NUL-terminated text; null gives the empty string.
     static std::wstring decode(const char* text);
+    // Decodes the first character of the `length` (> 0) bytes at `text` into `out`
+    // and returns the number of bytes it took (1 to 4; 1 for an undecodable byte).
+    static std::size_t decodeChar(const char* text, std::size_t length, wchar_t& out);
 
     // Encodes `length` characters of `text` and appends the bytes to `out`.
     static void encode(const wchar_t* text, std::size_t length, std::string& out);

@@ -17,7 +17,7 @@
 #include "trace/Tracer.h"
 
 class HOSTSDK_API Trace {
-public:
+  public:
     // Ends the current line; the value 0 is the plain line end.
     struct Modifier {
         explicit Modifier(int v = 0) : value(v) {}
@@ -32,7 +32,8 @@ public:
     Trace(const Trace&) = delete;
     Trace& operator=(const Trace&) = delete;
 
-    // The level of the next line: 1 failure, 2 warning, 3 information.
+    // The level of the next line: 1 failure, 2 warning, 3 information (3 until set).
+    // pos() filters on it.
     int level;
 
     // Starts a line at the source position; a line left unfinished is dropped.
@@ -42,6 +43,8 @@ public:
     Trace& operator<<(const String& text);
     Trace& operator<<(const char* text);     // UTF-8; null writes "(null)"
     Trace& operator<<(const wchar_t* text);  // null writes "(null)"
+    Trace& operator<<(char c);               // the character itself, not its number
+    Trace& operator<<(wchar_t c);            // the character, as UTF-8
     Trace& operator<<(int value);
     Trace& operator<<(long value);
     Trace& operator<<(unsigned int value);
@@ -50,10 +53,11 @@ public:
     Trace& operator<<(unsigned long long value);
     // The result of pos(): already recorded, writes nothing.
     Trace& operator<<(Trace& self);
-    // Ends the line and writes it.
+    // Ends the line and writes it; any value ends the line. Without a started line
+    // it does nothing.
     Trace& operator<<(const Modifier& modifier);
 
-private:
+  private:
     Tracer* m_tracer;
     const char* m_signature;
     const wchar_t* m_wideSignature;

@@ -5,7 +5,8 @@
 // entities are replaced by their characters. Adjacent character data forms one
 // text node; a comment, a processing instruction, an element or a CDATA section
 // between two pieces of text separates them. A CDATA section is a text node of its
-// own. Destroying a tree of any depth uses a constant amount of stack.
+// own. Destroying a tree of any depth uses a constant amount of stack and
+// allocates nothing.
 #ifndef HOSTSDK_XML_NODE_H
 #define HOSTSDK_XML_NODE_H
 
@@ -16,7 +17,7 @@
 #include "base/StringMap.h"
 
 class HOSTSDK_API Node {
-public:
+  public:
     enum Type {
         ELEMENT = 0,
         TEXT = 1,                    // character data and CDATA sections
@@ -38,6 +39,8 @@ public:
     // empty for an element.
     const String& getValue() const { return m_value; }
     void setValue(const String& value) { m_value = value; }
+    // Appends the first `length` characters of `text` to the value; does nothing
+    // when `text` is null or `length` is not positive.
     void appendValue(const wchar_t* text, int length);
     // An element's attributes; empty for the other kinds.
     const StringMap& getAttributes() const { return m_attributes; }
@@ -46,10 +49,12 @@ public:
     // Sets `*children` to the list of children in document order and returns 0;
     // returns 1 when `children` is null. The list belongs to the node.
     int getChildren(const std::list<Node*>** children) const;
-    // Appends `child`, which the node then owns.
+    // Appends `child`, which the node then owns and deletes with itself. A node may
+    // be added to one parent only, and once. When the list cannot grow, std::bad_alloc
+    // is thrown and `child` stays the caller's.
     void addChild(Node* child) { m_children.push_back(child); }
 
-private:
+  private:
     Type m_type;
     String m_name;
     String m_value;

@@ -12,11 +12,11 @@
 #include "xml/NodeSink.h"
 
 class HOSTSDK_API NodeReader {
-public:
+  public:
     enum Status {
-        STATUS_OK = 0,          // the tree was handed to the sink
-        STATUS_PARSE_ERROR = 1, // malformed or refused document; no tree handed over
-        STATUS_IO_ERROR = 2,    // the file could not be opened or read
+        STATUS_OK = 0,           // the tree was handed to the sink
+        STATUS_PARSE_ERROR = 1,  // malformed or refused document; no tree handed over
+        STATUS_IO_ERROR = 2,     // the file could not be opened or read
     };
 
     explicit NodeReader(NodeSink& sink);
@@ -24,15 +24,29 @@ public:
     NodeReader(const NodeReader&) = delete;
     NodeReader& operator=(const NodeReader&) = delete;
 
-    // Reads and parses the whole file at `path`. On success hands the root element's
-    // tree to the sink's onNodeTree. Problems go to the sink's onWarning / onError /
-    // onCriticalError with their line numbers; the parse stops at the first error,
-    // or when a callback returns non-zero. `flags` is reserved: pass 0. Returns the
-    // status, which getStatus() also gives afterwards.
+    // Reads and parses the whole file at `path`, which must be a regular file. On
+    // success hands the root element's tree to the sink's onNodeTree (exactly once)
+    // and returns STATUS_OK. Otherwise no tree is handed over and everything built
+    // so far is freed:
+    //  - a file that cannot be opened, is not a regular file or cannot be read gives
+    //    STATUS_IO_ERROR, reported through onError (opening) or onCriticalError
+    //    (reading), line 0, with the path and the system's reason;
+    //  - a malformed or refused document gives STATUS_PARSE_ERROR, reported through
+    //    onError with the parser's message and the line (counted from 1);
+    //  - running out of memory gives STATUS_PARSE_ERROR, reported through
+    //    onCriticalError.
+    // An entity reference that cannot be expanded because its declaration was never
+    // read is left out and reported through onWarning. A non-zero result of
+    // onWarning stops the parse (STATUS_PARSE_ERROR, no further callback). Comments
+    // and processing instructions outside the root element are dropped; the XML
+    // declaration and the document type declaration make no nodes. An exception
+    // thrown by a sink callback reaches the caller after the parser is released
+    // (std::bad_alloc is reported as running out of memory instead). `flags` is
+    // reserved: pass 0. Returns the status, which getStatus() also gives afterwards.
     int process(const String& path, int flags);
     int getStatus() const { return m_status; }
 
-private:
+  private:
     NodeSink& m_sink;
     int m_status;
 };

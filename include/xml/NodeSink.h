@@ -7,12 +7,14 @@
 #include "xml/Node.h"
 
 class HOSTSDK_API NodeSink {
-public:
+  public:
     NodeSink();
     // Receives the finished document tree (its root element); the sink owns it from
     // then on. Returns 0.
     virtual int onNodeTree(Node* tree) = 0;
-    // A problem that did not stop the parse, with its line number.
+    // The three problem callbacks below do nothing and return 0 unless overridden.
+    // A problem that did not stop the parse, with its line number; a non-zero result
+    // stops the parse.
     virtual int onWarning(const String& message, int line);
     // A problem that made the document unusable (malformed XML, a refused entity,
     // a missing file), with its line number (0 when no line applies).

@@ -31,18 +31,30 @@ void Expression::setProperty(const wchar_t* name, const wchar_t* value) {
 }
 
 ScalarExpression::~ScalarExpression() = default;
-int ScalarExpression::getType() { return EXPRESSION_TYPE_SCALAR; }
+int ScalarExpression::getType() {
+    return EXPRESSION_TYPE_SCALAR;
+}
 
 ScalarOperand::~ScalarOperand() = default;
-int ScalarOperand::isOperator() { return 0; }
-int ScalarOperand::isReady() { return 1; }
+int ScalarOperand::isOperator() {
+    return 0;
+}
+int ScalarOperand::isReady() {
+    return 1;
+}
 
 VectorExpression::~VectorExpression() = default;
-int VectorExpression::getType() { return EXPRESSION_TYPE_VECTOR; }
+int VectorExpression::getType() {
+    return EXPRESSION_TYPE_VECTOR;
+}
 
 VectorOperand::~VectorOperand() = default;
-int VectorOperand::isOperator() { return 0; }
-int VectorOperand::isReady() { return 1; }
+int VectorOperand::isOperator() {
+    return 0;
+}
+int VectorOperand::isReady() {
+    return 1;
+}
 
 UnknownSoftwareRepository::UnknownSoftwareRepository() = default;
 UnknownSoftwareRepository::~UnknownSoftwareRepository() = default;

@@ -1,0 +1,194 @@
+#include "base/Process.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <signal.h>
+#include <sys/ioctl.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "base/Utf8.h"
+
+// ---------------------------------------------------------------------------
+// InputStream
+
+InputStream::InputStream() : m_position(0) {}
+
+InputStream::~InputStream() = default;
+
+int InputStream::read() {
+    if (m_position >= m_data.size()) {
+        return -1;
+    }
+    wchar_t c;
+    m_position += Utf8::decodeChar(m_data.data() + m_position, m_data.size() - m_position, c);
+    return static_cast<int>(c);
+}
+
+std::string InputStream::readAll() {
+    std::string rest;
+    if (m_position < m_data.size()) {
+        rest = m_data.substr(m_position);
+    }
+    m_position = m_data.size();
+    return rest;
+}
+
+// ---------------------------------------------------------------------------
+// Process
+
+namespace {
+
+constexpr std::size_t kReadChunk = 65536;
+// Without a process descriptor, how often waitFor looks whether the child ended
+// while something else keeps its output pipe open.
+constexpr int kExitPollMillis = 20;
+
+void closeFd(int& fd) {
+    if (fd >= 0) {
+        ::close(fd);
+        fd = -1;
+    }
+}
+
+// A descriptor that becomes readable when `pid` ends, or -1 where the kernel has
+// none to give.
+int openPidFd(pid_t pid) {
+#ifdef SYS_pidfd_open
+    const long fd = ::syscall(SYS_pidfd_open, pid, 0);
+    if (fd >= 0) {
+        ::fcntl(static_cast<int>(fd), F_SETFD, FD_CLOEXEC);
+        return static_cast<int>(fd);
+    }
+#else
+    (void)pid;
+#endif
+    return -1;
+}
+
+// Reads what is available from `fd` once and appends it. Returns the byte count, 0
+// at end of file, -1 on an error other than EINTR (errno is kept).
+ssize_t readOnce(int fd, std::string& out, std::size_t limit) {
+    char buffer[kReadChunk];
+    const std::size_t want = limit < sizeof buffer ? limit : sizeof buffer;
+    for (;;) {
+        const ssize_t got = ::read(fd, buffer, want);
+        if (got >= 0) {
+            out.append(buffer, static_cast<std::size_t>(got));
+            return got;
+        }
+        if (errno != EINTR) {
+            return -1;
+        }
+    }
+}
+
+}  // namespace
+
+Process::Process(pid_t pid, int outputFd)
+    : m_pid(pid), m_outputFd(outputFd), m_exitValue(-1), m_waited(false) {}
+
+Process::~Process() {
+    closeFd(m_outputFd);
+    if (!m_waited && m_pid > 0) {
+        ::kill(m_pid, SIGKILL);
+        while (::waitpid(m_pid, nullptr, 0) < 0 && errno == EINTR) {
+        }
+    }
+}
+
+int Process::waitFor() {
+    if (m_waited) {
+        return 0;
+    }
+    if (m_pid <= 0) {
+        return ECHILD;
+    }
+    int status = 0;
+    bool exited = false;
+    if (m_outputFd >= 0) {
+        int pidFd = openPidFd(m_pid);
+        while (!exited) {
+            pollfd fds[2];
+            fds[0].fd = m_outputFd;
+            fds[0].events = POLLIN;
+            fds[0].revents = 0;
+            fds[1].fd = pidFd;
+            fds[1].events = POLLIN;
+            fds[1].revents = 0;
+            const nfds_t count = pidFd >= 0 ? 2 : 1;
+            const int ready = ::poll(fds, count, pidFd >= 0 ? -1 : kExitPollMillis);
+            if (ready < 0 && errno != EINTR) {
+                break;  // Fall back to a plain wait below.
+            }
+            if (ready > 0 && (fds[0].revents & (POLLIN | POLLHUP | POLLERR)) != 0) {
+                const ssize_t got = readOnce(m_outputFd, m_output.m_data, kReadChunk);
+                if (got <= 0) {
+                    // End of output (or a broken pipe): nothing more to collect.
+                    closeFd(m_outputFd);
+                    break;
+                }
+            }
+            const pid_t done = ::waitpid(m_pid, &status, WNOHANG);
+            if (done == m_pid) {
+                exited = true;
+            } else if (done < 0 && errno != EINTR) {
+                const int error = errno;
+                closeFd(pidFd);
+                forget();
+                return error;
+            }
+        }
+        closeFd(pidFd);
+        if (exited && m_outputFd >= 0) {
+            // Collect what the child left in the pipe, but not what its own children
+            // may still be writing: take the bytes buffered now and stop.
+            int pending = 0;
+            if (::ioctl(m_outputFd, FIONREAD, &pending) == 0 && pending > 0) {
+                const int flags = ::fcntl(m_outputFd, F_GETFL);
+                ::fcntl(m_outputFd, F_SETFL, flags | O_NONBLOCK);
+                auto remaining = static_cast<std::size_t>(pending);
+                while (remaining > 0) {
+                    const ssize_t got = readOnce(m_outputFd, m_output.m_data, remaining);
+                    if (got <= 0) {
+                        break;
+                    }
+                    remaining -= static_cast<std::size_t>(got);
+                }
+            }
+        }
+        closeFd(m_outputFd);
+    }
+    while (!exited) {
+        const pid_t done = ::waitpid(m_pid, &status, 0);
+        if (done == m_pid) {
+            exited = true;
+        } else if (errno != EINTR) {
+            const int error = errno;
+            forget();
+            return error;
+        }
+    }
+    m_waited = true;
+    if (WIFEXITED(status)) {
+        m_exitValue = WEXITSTATUS(status);
+    } else if (WIFSIGNALED(status)) {
+        m_exitValue = 128 + WTERMSIG(status);
+    } else {
+        m_exitValue = -1;
+    }
+    return 0;
+}
+
+void Process::release() {
+    closeFd(m_outputFd);
+}
+
+void Process::forget() {
+    // The child can no longer be waited for (reaped elsewhere, or never ours): its
+    // number may already belong to another process, which must never be killed.
+    m_pid = -1;
+}

@@ -1,0 +1,95 @@
+#include "PluginSDK/VectorString.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "PluginSDK/StringVector.h"
+
+using PluginSDK::String;
+using PluginSDK::StringVector;
+using PluginSDK::VectorString;
+using List = std::vector<std::wstring>;
+
+namespace {
+
+List elements(const wchar_t* text) {
+    StringVector parsed;
+    parsed.addString(L"stale");
+    EXPECT_EQ(VectorString::toVector(text, parsed), 0);
+    List out;
+    for (const String& s : parsed) {
+        out.emplace_back(s.c_str(), s.length());
+    }
+    return out;
+}
+
+std::string show(const List& list) {
+    std::string out = "[";
+    for (const std::wstring& e : list) {
+        out += "\"" + String(e).toUtf8() + "\" ";
+    }
+    return out + "]";
+}
+
+TEST(VectorString, RoundTripsAndKnownForms) {
+    const std::vector<std::pair<List, const wchar_t*>> cases = {
+        {{}, L""},
+        {{L""}, L"\\0"},
+        {{L"", L""}, L";"},
+        {{L"", L"", L""}, L";;"},
+        {{L";"}, L"\\;"},
+        {{L"\\"}, L"\\\\"},
+        {{L"a;b", L"c\\;"}, L"a\\;b;c\\\\\\;"},
+        {{L"/usr/lib/foo/"}, L"/usr/lib/foo/"},
+        {{L"/etc/foo/", L"/usr/share/"}, L"/etc/foo/;/usr/share/"},
+        {{L"\\0"}, L"\\\\0"},
+        {{L"0"}, L"0"},
+        {{L"", L"x"}, L";x"},
+        {{L"x", L""}, L"x;"},
+        {{L"\\", L"", L";;", L"\u00FC\U0001D11E"}, L"\\\\;;\\;\\;;\u00FC\U0001D11E"},
+    };
+    for (const auto& c : cases) {
+        VectorString built;
+        for (const std::wstring& e : c.first) {
+            built += e.c_str();
+        }
+        EXPECT_EQ(built.size(), static_cast<int>(c.first.size())) << show(c.first);
+        EXPECT_EQ(std::wstring(built), c.second) << show(c.first);
+        EXPECT_EQ(elements(built), c.first) << show(c.first);
+    }
+}
+
+TEST(VectorString, NarrowNullAndForeignTexts) {
+    VectorString built;
+    built += "gr\xC3\xBC\xC3\x9F;";
+    built += static_cast<const char*>(nullptr);
+    built += static_cast<const wchar_t*>(nullptr);
+    EXPECT_EQ(std::wstring(built), L"gr\u00FC\u00DF\\;;;");
+    // Texts that VectorString would not write still split predictably.
+    const std::vector<std::pair<const wchar_t*, List>> foreign = {
+        {nullptr, {}},
+        {L"a\\", {L"a\\"}},
+        {L"\\x;\\", {L"x", L"\\"}},
+        {L"a;\\0", {L"a", L"0"}},
+    };
+    for (const auto& c : foreign) {
+        EXPECT_EQ(elements(c.first), c.second) << (c.first ? String(c.first).toUtf8() : "null");
+    }
+}
+
+TEST(StringVector, OutOfRangeIndexAndRemove) {
+    StringVector v;
+    v.addString(String(L"a"));
+    v.addString(L"b");
+    EXPECT_EQ(v[-1], String());
+    EXPECT_EQ(v[2], String());
+    EXPECT_EQ(v.removeString(2), -1);
+    EXPECT_EQ(v.removeString(-1), -1);
+    EXPECT_EQ(v.removeString(0), 0);
+    ASSERT_EQ(v.size(), 1);
+    EXPECT_EQ(v[0], L"b");
+}
+
+}  // namespace

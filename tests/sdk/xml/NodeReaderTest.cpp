@@ -1,0 +1,297 @@
+#include "xml/NodeReader.h"
+
+#include <gtest/gtest.h>
+#include <stdlib.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstring>
+#include <fstream>
+#include <memory>
+#include <new>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace {
+
+std::string narrow(const String& text) {
+    return static_cast<const char*>(text);
+}
+
+// A compact picture of a tree: elements as name{attributes}(children), text in
+// double quotes, comments as <!--text-->, instructions as <?target data?>.
+std::string describe(const Node& node) {
+    switch (node.getType()) {
+        case Node::TEXT:
+            return "\"" + narrow(node.getValue()) + "\"";
+        case Node::COMMENT:
+            return "<!--" + narrow(node.getValue()) + "-->";
+        case Node::PROCESSING_INSTRUCTION:
+            return "<?" + narrow(node.getName()) + " " + narrow(node.getValue()) + "?>";
+        default:
+            break;
+    }
+    std::string out = narrow(node.getName());
+    std::string separator = "{";
+    for (const auto& entry : node.getAttributes().entries()) {
+        out += separator + narrow(String(entry.first)) + "=" + narrow(String(entry.second));
+        separator = ",";
+    }
+    out += separator == "{" ? "" : "}";
+    const std::list<Node*>* children = nullptr;
+    if (node.getChildren(&children) == 0 && !children->empty()) {
+        separator = "(";
+        for (const Node* child : *children) {
+            out += separator + describe(*child);
+            separator = " ";
+        }
+        out += ")";
+    }
+    return out;
+}
+
+struct RecordingSink : NodeSink {
+    int onNodeTree(Node* node) override {
+        tree.reset(node);
+        ++trees;
+        return 0;
+    }
+    int onWarning(const String& message, int line) override {
+        warnings.push_back(narrow(message) + "@" + std::to_string(line));
+        if (throwOnWarning == 1) {
+            throw std::bad_alloc();
+        }
+        if (throwOnWarning == 2) {
+            throw std::runtime_error("sink failed");
+        }
+        return warningResult;
+    }
+    int onError(const String& message, int line) override {
+        errors.push_back(narrow(message));
+        errorLine = line;
+        return 0;
+    }
+    int onCriticalError(const String& message, int line) override {
+        critical.push_back(narrow(message));
+        errorLine = line;
+        return 0;
+    }
+
+    std::unique_ptr<Node> tree;
+    int trees = 0;
+    int errorLine = -1;
+    int warningResult = 0;
+    int throwOnWarning = 0;  // 1: std::bad_alloc, 2: std::runtime_error
+    std::vector<std::string> warnings, errors, critical;
+};
+
+class NodeReaderTest : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        char pattern[] = "/tmp/xmlreader-XXXXXX";
+        ASSERT_NE(mkdtemp(pattern), nullptr);
+        m_dir = pattern;
+    }
+    void TearDown() override {
+        for (const std::string& path : m_files) {
+            unlink(path.c_str());
+        }
+        rmdir(m_dir.c_str());
+    }
+
+    std::string write(const std::string& name, const std::string& bytes) {
+        std::string path = m_dir + "/" + name;
+        std::ofstream(path, std::ios::binary) << bytes;
+        m_files.push_back(path);
+        return path;
+    }
+    int parse(const std::string& bytes) {
+        NodeReader reader(sink);
+        return reader.process(write("doc.xml", bytes).c_str(), 0);
+    }
+
+    RecordingSink sink;
+    std::string m_dir;
+    std::vector<std::string> m_files;
+};
+
+TEST_F(NodeReaderTest, BuildsTheTreeAsWritten) {
+    const struct {
+        const char* xml;
+        const char* tree;
+    } cases[] = {
+        {"<v>1.0<!--c-->.2</v>", "v(\"1.0\" <!--c--> \".2\")"},
+        {"<r>a<b/>c</r>", "r(\"a\" b \"c\")"},
+        {"<r>a<![CDATA[<b>&amp;]]>c<![CDATA[]]></r>", "r(\"a\" \"<b>&amp;\" \"c\" \"\")"},
+        {"<r b=\"2\" a='1 &amp; &lt;'/>", "r{a=1 & <,b=2}"},
+        {"<r>\n  <a> x </a>\n</r>", "r(\"\n  \" a(\" x \") \"\n\")"},
+        {"<r>&lt;&#65;&#x263A;&gt;&amp;&quot;&apos;</r>", "r(\"<A\xe2\x98\xba>&\"'\")"},
+        {"<!DOCTYPE r [<!ENTITY e \"m<i/>d\">]><r>a&e;b</r>", "r(\"am\" i \"db\")"},
+        {"<?xml version=\"1.0\"?><!--out--><?pi x?><r><?t data?></r><!--after-->", "r(<?t data?>)"},
+        {"<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?><r a='\xe9'>\xe9</r>",
+         "r{a=\xc3\xa9}(\"\xc3\xa9\")"},
+        {"<ns:r xmlns:ns='u'/>", "ns:r{xmlns:ns=u}"},
+    };
+    for (const auto& c : cases) {
+        sink.tree.reset();
+        ASSERT_EQ(parse(c.xml), NodeReader::STATUS_OK) << c.xml;
+        ASSERT_NE(sink.tree, nullptr) << c.xml;
+        EXPECT_EQ(describe(*sink.tree), c.tree) << c.xml;
+        EXPECT_TRUE(sink.errors.empty() && sink.warnings.empty()) << c.xml;
+    }
+}
+
+TEST_F(NodeReaderTest, RefusesBadDocumentsWithTheirLine) {
+    const std::string laughs =
+        "<!DOCTYPE r [<!ENTITY a \"aaaaaaaaaaaaaaaa\">"
+        "<!ENTITY b \"&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;\">"
+        "<!ENTITY c \"&b;&b;&b;&b;&b;&b;&b;&b;&b;&b;&b;&b;&b;&b;&b;&b;\">"
+        "<!ENTITY d \"&c;&c;&c;&c;&c;&c;&c;&c;&c;&c;&c;&c;&c;&c;&c;&c;\">"
+        "<!ENTITY e \"&d;&d;&d;&d;&d;&d;&d;&d;&d;&d;&d;&d;&d;&d;&d;&d;\">"
+        "<!ENTITY f \"&e;&e;&e;&e;&e;&e;&e;&e;&e;&e;&e;&e;&e;&e;&e;&e;\">"
+        "<!ENTITY g \"&f;&f;&f;&f;&f;&f;&f;&f;&f;&f;&f;&f;&f;&f;&f;&f;\">]>\n<r>&g;</r>";
+    std::string blowup = "<!DOCTYPE r [<!ENTITY x \"" + std::string(20000, 'x') + "\">]>\n<r>";
+    for (int i = 0; i < 20000; ++i) {
+        blowup += "&x;";
+    }
+    blowup += "</r>";
+    const struct {
+        std::string xml;
+        int line;
+        const char* reason;
+    } cases[] = {
+        {"<r>\n<a>\n</r>", 3, "mismatched tag"},
+        {"<r>\n</r>\n<r/>", 3, "junk after document element"},
+        {"", 1, "no element found"},
+        {"<r>\n<a>text", 2, "no element found"},
+        {"<r>\n&nope;</r>", 2, "undefined entity"},
+        {"<r>\n\xff</r>", 2, "not well-formed"},
+        {"<r a='\xc3\x28'/>", 1, "not well-formed"},
+        {"<r>\xc0\xaf</r>", 1, "not well-formed"},
+        {"<r>\xed\xa0\x80</r>", 1, "not well-formed"},
+        {"<r>\xe2\x82", 1, ""},
+        {laughs, 2, "amplification"},
+        {blowup, 2, "amplification"},
+    };
+    for (const auto& c : cases) {
+        std::string shown = c.xml.substr(0, 40);
+        sink.errors.clear();
+        auto start = std::chrono::steady_clock::now();
+        EXPECT_EQ(parse(c.xml), NodeReader::STATUS_PARSE_ERROR) << shown;
+        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5)) << shown;
+        EXPECT_EQ(sink.tree, nullptr) << shown;
+        ASSERT_EQ(sink.errors.size(), 1u) << shown;
+        EXPECT_NE(sink.errors[0].find(c.reason), std::string::npos) << shown << sink.errors[0];
+        EXPECT_NE(sink.errors[0].find(m_dir), std::string::npos) << sink.errors[0];
+        EXPECT_EQ(sink.errorLine, c.line) << shown << sink.errors[0];
+    }
+}
+
+TEST_F(NodeReaderTest, FileThatCannotBeOpenedIsAnIoError) {
+    for (const std::string& path : {m_dir + "/missing.xml", m_dir}) {
+        sink.errors.clear();
+        NodeReader reader(sink);
+        EXPECT_EQ(reader.process(path.c_str(), 0), NodeReader::STATUS_IO_ERROR) << path;
+        EXPECT_EQ(reader.getStatus(), NodeReader::STATUS_IO_ERROR) << path;
+        ASSERT_EQ(sink.errors.size(), 1u) << path;
+        EXPECT_NE(sink.errors[0].find(path), std::string::npos) << sink.errors[0];
+        EXPECT_EQ(sink.errorLine, 0) << path;
+        EXPECT_EQ(sink.tree, nullptr) << path;
+    }
+    EXPECT_NE(sink.errors[0].find("not a regular file"), std::string::npos) << sink.errors[0];
+    NodeReader reader(sink);
+    reader.process((m_dir + "/missing.xml").c_str(), 0);
+    EXPECT_NE(sink.errors.back().find("No such file or directory"), std::string::npos);
+}
+
+TEST_F(NodeReaderTest, NeverReadsExternalEntities) {
+    std::string secret = write("secret.xml", "<leak>SECRET</leak>");
+    std::string dtd = write("secret.dtd", "<!ENTITY y '<leak>SECRET</leak>'>");
+    const struct {
+        std::string xml;
+        const char* tree;
+        const char* warning;  // the entity and the line, or null
+    } cases[] = {
+        {"<!DOCTYPE r [<!ENTITY x SYSTEM 'file://" + secret + "'>]><r>&x;</r>", "r", nullptr},
+        {"<!DOCTYPE r [<!ENTITY x SYSTEM '" + secret + "'>]><r>&x;</r>", "r", nullptr},
+        {"<!DOCTYPE r SYSTEM '" + dtd + "'><r>\n&y;</r>", "r(\"\n\")", "&y;:2"},
+        {"<!DOCTYPE r [<!ENTITY % p SYSTEM '" + dtd + "'> %p;]><r>&y;</r>", "r", "&y;:1"},
+    };
+    for (const auto& c : cases) {
+        sink.warnings.clear();
+        ASSERT_EQ(parse(c.xml), NodeReader::STATUS_OK) << c.xml;
+        EXPECT_EQ(describe(*sink.tree), c.tree) << c.xml;
+        if (c.warning != nullptr) {
+            ASSERT_EQ(sink.warnings.size(), 1u) << c.xml;
+            std::string entity(c.warning, std::strchr(c.warning, ':'));
+            EXPECT_NE(sink.warnings[0].find(entity), std::string::npos) << sink.warnings[0];
+            EXPECT_EQ(sink.warnings[0].substr(sink.warnings[0].rfind('@') + 1),
+                      std::strchr(c.warning, ':') + 1)
+                << sink.warnings[0];
+        } else {
+            EXPECT_TRUE(sink.warnings.empty()) << c.xml;
+        }
+    }
+}
+
+TEST_F(NodeReaderTest, SinkCanStopTheParseFromAWarning) {
+    const std::string xml = "<!DOCTYPE r SYSTEM 'none.dtd'><r><a/>&y;<b/></r>";
+    sink.warningResult = 1;
+    EXPECT_EQ(parse(xml), NodeReader::STATUS_PARSE_ERROR);
+    EXPECT_EQ(sink.tree, nullptr);
+    EXPECT_TRUE(sink.errors.empty());
+
+    sink.throwOnWarning = 1;
+    EXPECT_EQ(parse(xml), NodeReader::STATUS_PARSE_ERROR);
+    EXPECT_EQ(sink.critical.size(), 1u);
+    EXPECT_EQ(sink.tree, nullptr);
+
+    sink.throwOnWarning = 2;
+    NodeReader reader(sink);
+    EXPECT_THROW(reader.process(write("doc.xml", xml).c_str(), 0), std::runtime_error);
+    EXPECT_EQ(reader.getStatus(), NodeReader::STATUS_PARSE_ERROR);
+    EXPECT_EQ(sink.tree, nullptr);
+}
+
+TEST_F(NodeReaderTest, LargeTextAcrossChunksIsOneNode) {
+    std::string text;
+    while (text.size() < 300000) {
+        text += "\xc3\xa9\xe2\x82\xac\xf0\x9d\x84\x9e&amp;";
+    }
+    ASSERT_EQ(parse("<r>" + text + "</r><!-- trailing -->"), NodeReader::STATUS_OK);
+    const std::list<Node*>* children = nullptr;
+    ASSERT_EQ(sink.tree->getChildren(&children), 0);
+    ASSERT_EQ(children->size(), 1u);
+    std::string expected;
+    for (std::size_t at = 0; at < text.size(); at = text.find('&', at) + 5) {
+        expected += text.substr(at, text.find('&', at) - at) + "&";
+    }
+    EXPECT_EQ(narrow(children->front()->getValue()), expected);
+}
+
+TEST_F(NodeReaderTest, DeepNestingIsBuiltAndFreed) {
+    const int depth = 100000;
+    std::string xml;
+    for (int i = 0; i < depth; ++i) {
+        xml += "<a>";
+    }
+    xml += "x";
+    for (int i = 0; i < depth; ++i) {
+        xml += "</a>";
+    }
+    ASSERT_EQ(parse(xml), NodeReader::STATUS_OK);
+    int levels = 0;
+    const Node* node = sink.tree.get();
+    const std::list<Node*>* children = nullptr;
+    while (node->isElement() && node->getChildren(&children) == 0 && children->size() == 1) {
+        node = children->front();
+        ++levels;
+    }
+    EXPECT_EQ(levels, depth);
+    EXPECT_EQ(narrow(node->getValue()), "x");
+    // The last end tag missing: the partial tree of full depth is freed.
+    EXPECT_EQ(parse(xml.substr(0, xml.size() - 4)), NodeReader::STATUS_PARSE_ERROR);
+}
+
+}  // namespace
