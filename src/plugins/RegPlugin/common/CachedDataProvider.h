@@ -12,7 +12,7 @@
 namespace RegPlugin {
 
 class CachedDataProvider : public RegistryDataProvider {
-public:
+  public:
     CachedDataProvider();
     // Calls clear(), which destroys every package.
     ~CachedDataProvider() override;
@@ -36,7 +36,7 @@ public:
     // the destructor calls it. Returns 0.
     virtual TErrorCode clear();
 
-protected:
+  protected:
     std::list<RegistryPackage*> packages;
     std::map<PluginSDK::String, RegistryPackage*> index;
     std::list<RegistryPackage*>::iterator cursor;

@@ -11,7 +11,7 @@
 namespace RegPlugin {
 
 class PreloadedDataProvider : public CachedDataProvider {
-public:
+  public:
     enum PreloadState : int32_t { NOT_LOADED = 0, LOADED = 1, LOAD_FAILED = 2 };
 
     PreloadedDataProvider();
@@ -29,7 +29,7 @@ public:
     // REG_PLUGIN_ERROR_UNABLE_TO_GET_PROGRAM_LIST now and forever after a failure.
     TErrorCode preload();
 
-protected:
+  protected:
     int32_t preloadState;
 };
 

@@ -10,7 +10,7 @@
 namespace RegPlugin {
 
 class RegistryDataProvider {
-public:
+  public:
     RegistryDataProvider() = default;
     virtual ~RegistryDataProvider();
     RegistryDataProvider(const RegistryDataProvider&) = delete;

@@ -10,7 +10,7 @@
 namespace RegPlugin {
 
 class RegistryDataProviderFactory {
-public:
+  public:
     enum DataProviderClass : int32_t {
         OS_PROVIDER = 0,        // "os": the rpm database
         ISMP_PROVIDER = 1,      // "ismp"
@@ -36,11 +36,15 @@ public:
     // and for every class while the table is not allocated (before the first
     // getDataProvider and after cleanup).
     static const wchar_t* getDataProviderName(DataProviderClass which);
-    // Destroys every provider (and their packages) and the table.
+    // Destroys every provider (and their packages) and the table; harmless when there
+    // is none. Pointers handed out earlier dangle afterwards.
     static void cleanup();
 
     // Tests: installs `provider` (owned from now on) as the provider of `which`,
-    // destroying the one there before.
+    // destroying the one there before (unless it is `provider` itself). Installing
+    // null leaves the class without a provider: getDataProvider returns null for it
+    // until cleanup() or another setDataProvider for the class. Allocates the table
+    // when needed; a class outside the table ends the process.
     static void setDataProvider(DataProviderClass which, RegistryDataProvider* provider);
 
     static uint32_t m_MaxDataProviders;

@@ -17,10 +17,10 @@
 namespace RegPlugin {
 
 class RegistryPackage {
-public:
+  public:
     enum Type : int32_t {
-        ANY = 0,         // queries only: every kind
-        PRODUCT = 1,     // the default of every package
+        ANY = 0,      // queries only: every kind
+        PRODUCT = 1,  // the default of every package
         SUBPRODUCT = 2,
         PATCH = 3,
     };
@@ -49,7 +49,7 @@ public:
     PluginSDK::String provider;  // the registry's tag, e.g. "RPM"
     Type type;
     std::map<PluginSDK::String, PluginSDK::String> properties;
-    int32_t matchCount;          // pattern-query matches; never reset
+    int32_t matchCount;  // pattern-query matches; never reset
 };
 
 }  // namespace RegPlugin

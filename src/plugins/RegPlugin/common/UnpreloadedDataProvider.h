@@ -11,7 +11,7 @@
 namespace RegPlugin {
 
 class UnpreloadedDataProvider : public CachedDataProvider {
-public:
+  public:
     UnpreloadedDataProvider();
     ~UnpreloadedDataProvider() override;
 
@@ -28,7 +28,7 @@ public:
     // Says whether the registry holds `key`, caching nothing.
     virtual TErrorCode exists(const PluginSDK::String& key, bool& exists) = 0;
 
-protected:
+  protected:
     // A second list and map for the subclass's own use; the base only frees their
     // elements (never the packages).
     std::list<RegistryPackage*> ownPackages;

@@ -1,0 +1,71 @@
+#include "common/CachedDataProvider.h"
+
+namespace RegPlugin {
+
+CachedDataProvider::CachedDataProvider() : cursor(packages.begin()) {}
+
+CachedDataProvider::~CachedDataProvider() {
+    CachedDataProvider::clear();
+}
+
+TErrorCode CachedDataProvider::add(RegistryPackage* package) {
+    if (package == nullptr) {
+        return PluginSDK::ERROR_NULL_ARGUMENT;
+    }
+    if (find(package->key) != nullptr) {
+        return PluginSDK::RESULT_OK;
+    }
+    packages.push_back(package);
+    index.emplace(package->key, package);
+    return PluginSDK::RESULT_OK;
+}
+
+TErrorCode CachedDataProvider::addToMap(RegistryPackage* package, const PluginSDK::String& key) {
+    if (package == nullptr) {
+        return PluginSDK::ERROR_NULL_ARGUMENT;
+    }
+    if (find(key) != nullptr) {
+        return PluginSDK::RESULT_OK;
+    }
+    index.emplace(key, package);
+    return PluginSDK::RESULT_OK;
+}
+
+RegistryPackage* CachedDataProvider::find(const PluginSDK::String& key) {
+    auto found = index.find(key);
+    return found == index.end() ? nullptr : found->second;
+}
+
+RegistryPackage* CachedDataProvider::getFirst() {
+    cursor = packages.begin();
+    return cursor == packages.end() ? nullptr : *cursor;
+}
+
+RegistryPackage* CachedDataProvider::getNext() {
+    if (cursor == packages.end()) {
+        return nullptr;
+    }
+    ++cursor;
+    return cursor == packages.end() ? nullptr : *cursor;
+}
+
+int32_t CachedDataProvider::size() {
+    return static_cast<int32_t>(packages.size());
+}
+
+TErrorCode CachedDataProvider::clear() {
+    // The list owns the packages; the index only points at them (aliases included),
+    // so each package is destroyed exactly once here.
+    for (RegistryPackage*& package : packages) {
+        if (package != nullptr) {
+            delete package;
+            package = nullptr;
+        }
+    }
+    if (!index.empty()) {
+        index.clear();
+    }
+    return PluginSDK::RESULT_OK;
+}
+
+}  // namespace RegPlugin

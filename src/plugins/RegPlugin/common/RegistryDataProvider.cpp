@@ -1,0 +1,7 @@
+#include "common/RegistryDataProvider.h"
+
+namespace RegPlugin {
+
+RegistryDataProvider::~RegistryDataProvider() = default;
+
+}  // namespace RegPlugin

@@ -1,0 +1,72 @@
+#include "common/ProductList.h"
+
+#include <gtest/gtest.h>
+
+#include "CommonFakes.h"
+#include "base/GlobFilter.h"
+
+namespace RegPluginTest {
+namespace {
+
+const auto kNotAsked = static_cast<RegistryPackage::Type>(-1);
+
+// Lists three keys (and then fails with `result`), recording the type asked for.
+class TestList : public RegPlugin::ProductList {
+  public:
+    void disposeExpression() override {}
+    TErrorCode enumPackages(RegistryPackage::Type type, PluginSDK::StringVector& out) override {
+        asked = type;
+        for (const wchar_t* key : {L"libc", L"bash", L"libz"})
+            out.addString(key);
+        return result;
+    }
+    RegistryPackage::Type asked = kNotAsked;
+    TErrorCode result = 0;
+};
+
+TEST(ProductListTest, TypeAndFilterSelectTheKeys) {
+    const TErrorCode kBadType = REG_PLUGIN_ERROR_INVALID_PRODUCT_TYPE;
+    const struct {
+        const wchar_t *type, *filter;  // null: property absent
+        TErrorCode expected;
+        RegistryPackage::Type asked;
+        Lines keys;
+    } cases[] = {
+        {nullptr, nullptr, 0, RegistryPackage::ANY, {"libc", "bash", "libz"}},
+        {L"any", nullptr, 0, RegistryPackage::ANY, {"libc", "bash", "libz"}},
+        {L"product", nullptr, 0, RegistryPackage::PRODUCT, {"libc", "bash", "libz"}},
+        {L"subproduct", nullptr, 0, RegistryPackage::SUBPRODUCT, {"libc", "bash", "libz"}},
+        {L"patch", nullptr, 0, RegistryPackage::PATCH, {"libc", "bash", "libz"}},
+        {L"PTF", nullptr, kBadType, kNotAsked, {}},
+        {L"software", nullptr, kBadType, kNotAsked, {}},
+        {L"Product", nullptr, kBadType, kNotAsked, {}},
+        {nullptr, L"lib*", 0, RegistryPackage::ANY, {"libc", "libz"}},
+        {L"patch", L"zzz*", 0, RegistryPackage::PATCH, {}},
+        {nullptr, L"[abc", GlobFilter::GLOB_UNTERMINATED_CLASS, kNotAsked, {}},
+        {nullptr, L"lib\\", GlobFilter::GLOB_TRAILING_ESCAPE, kNotAsked, {}},
+    };
+    for (const auto& c : cases) {
+        const std::string label =
+            PluginSDK::String(c.type).toUtf8() + "|" + PluginSDK::String(c.filter).toUtf8();
+        TestList list;
+        list.setProperty(L"type", c.type);
+        list.setProperty(L"filter", c.filter);
+        PluginSDK::StringVector out;
+        out.addString(L"stale");
+        EXPECT_EQ(list.getVectorResult(out), c.expected) << label;
+        EXPECT_EQ(list.asked, c.asked) << label;
+        EXPECT_EQ(keysOf(out), c.keys) << label;
+    }
+}
+
+TEST(ProductListTest, FilteredEnumerationErrorCopiesNothing) {
+    TestList list;
+    list.result = -5;
+    list.setProperty(L"filter", L"*");
+    PluginSDK::StringVector out;
+    EXPECT_EQ(list.getVectorResult(out), -5);
+    EXPECT_EQ(out.size(), 0);
+}
+
+}  // namespace
+}  // namespace RegPluginTest
