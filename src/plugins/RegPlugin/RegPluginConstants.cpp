@@ -64,7 +64,8 @@ const TErrorCode REG_PLUGIN_ERROR_UNABLE_TO_GET_FILE_INFO = -13860;
 
 const wchar_t* const REG_PLUGIN_NAME = L"RegPlugin";
 const wchar_t* const REG_PLUGIN_PROPERTY_UPDATE_CABINET_PATH = L"updateCabinetPath";
-const wchar_t* const REG_PLUGIN_PROPERTY_SHOW_SUPERSEDED_WINDOWS_UPDATES = L"showSupersededWindowsUpdates";
+const wchar_t* const REG_PLUGIN_PROPERTY_SHOW_SUPERSEDED_WINDOWS_UPDATES =
+    L"showSupersededWindowsUpdates";
 const wchar_t* const REG_PLUGIN_PROPERTY_PDX_DIRECTORY = L"pdxDirectory";
 const wchar_t* const REG_PLUGIN_PROPERTY_SHOW_UNCOMMITTED_PDX_PKG = L"showUncommittedPackages";
 const wchar_t* const REG_PLUGIN_PROPERTY_SHOW_REMOVED_PDX_PKG = L"showRemovedPackages";

@@ -55,6 +55,8 @@ REG_PLUGIN_EXPORT extern const TErrorCode REG_PLUGIN_ERROR_SUN_PRODUCT_DOES_NOT_
 REG_PLUGIN_EXPORT extern const TErrorCode REG_PLUGIN_ERROR_UNABLE_TO_OPEN_HP_PKG_DIRECTORY;
 REG_PLUGIN_EXPORT extern const TErrorCode REG_PLUGIN_ERROR_INVALID_SOFTWARE_KEY;
 REG_PLUGIN_EXPORT extern const TErrorCode REG_PLUGIN_ERROR_SOFTWARE_PROPERTY_NOT_FOUND;
+// -13500 to -13508: reserved for another system's object repository; the block
+// has no names of its own, so these carry its values.
 REG_PLUGIN_EXPORT extern const TErrorCode REG_PLUGIN_ERROR_RESERVED_13500;
 REG_PLUGIN_EXPORT extern const TErrorCode REG_PLUGIN_ERROR_RESERVED_13501;
 REG_PLUGIN_EXPORT extern const TErrorCode REG_PLUGIN_ERROR_RESERVED_13502;

@@ -1,0 +1,59 @@
+#include "ExpressionTable.h"
+
+#include <cwchar>
+
+#include "RegPluginConstants.h"
+#include "cross/dpkg/DpkgProductExists.h"
+#include "cross/dpkg/DpkgProductInfo.h"
+#include "cross/dpkg/DpkgProductList.h"
+#include "cross/rpm/RpmProductExists.h"
+#include "cross/rpm/RpmProductInfo.h"
+#include "cross/rpm/RpmProductList.h"
+#include "cross/void/VoidProductExists.h"
+#include "cross/void/VoidProductInfo.h"
+#include "cross/void/VoidProductList.h"
+
+namespace RegPlugin {
+
+namespace {
+
+template <class T>
+PluginSDK::Expression* create() {
+    return new T();
+}
+
+}  // namespace
+
+const ExpressionTableRow* expressionTable(std::size_t& count) {
+    // Built on first use: the names are the exported constants of another unit.
+    // "OrloProductExists" is exported but deliberately never creatable.
+    static const ExpressionTableRow rows[] = {
+        {REG_PLUGIN_EXPRESSION_VOIDPRODUCTLIST, &create<VoidProductList>},
+        {REG_PLUGIN_EXPRESSION_VOIDPRODUCTEXISTS, &create<VoidProductExists>},
+        {REG_PLUGIN_EXPRESSION_VOIDPRODUCTINFO, &create<VoidProductInfo>},
+        {REG_PLUGIN_EXPRESSION_RPMPRODUCTLIST, &create<RpmProductList>},
+        {REG_PLUGIN_EXPRESSION_RPMPRODUCTEXISTS, &create<RpmProductExists>},
+        {REG_PLUGIN_EXPRESSION_RPMPRODUCTINFO, &create<RpmProductInfo>},
+        {REG_PLUGIN_EXPRESSION_DPKGPRODUCTLIST, &create<DpkgProductList>},
+        {REG_PLUGIN_EXPRESSION_DPKGPRODUCTEXISTS, &create<DpkgProductExists>},
+        {REG_PLUGIN_EXPRESSION_DPKGPRODUCTINFO, &create<DpkgProductInfo>},
+    };
+    count = sizeof(rows) / sizeof(rows[0]);
+    return rows;
+}
+
+const ExpressionTableRow* findExpression(const wchar_t* name) {
+    if (name == nullptr) {
+        return nullptr;
+    }
+    std::size_t count = 0;
+    const ExpressionTableRow* rows = expressionTable(count);
+    for (std::size_t i = 0; i < count; ++i) {
+        if (std::wcscmp(rows[i].name, name) == 0) {
+            return &rows[i];
+        }
+    }
+    return nullptr;
+}
+
+}  // namespace RegPlugin
