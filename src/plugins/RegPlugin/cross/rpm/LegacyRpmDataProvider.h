@@ -7,26 +7,53 @@
 namespace RegPlugin {
 
 class LegacyRpmDataProvider : public PreloadedDataProvider {
-public:
+  public:
     LegacyRpmDataProvider();
     ~LegacyRpmDataProvider() override;
 
     // Runs the query and stores one LegacyRpmPackage per record, under its full key
     // (name-version-release-arch) and its short key (name-version-release). Returns
     // 0, or the command runner's error (nothing is stored then).
+    //
+    // A record with fewer than fifteen fields is dropped with a trace line; the
+    // others are still read. The first record of a full key wins, and a short key
+    // finds the first package stored under it. `rpm` is found through PATH and reads
+    // the caller's environment (HOME and its ~/.rpmmacros among others).
     TErrorCode load() override;
 
     // One array field (elements each followed by 0x07) as the text form of a
     // PluginSDK::VectorString, "(none)" elements left out. Newly allocated; the
-    // caller frees it with free().
+    // caller frees it with free(). The field is split in place.
     wchar_t* parseRpmArray(char* i_String);
     // The root directories of an array of directories (VectorString text form), in
     // the same form. Newly allocated; the caller frees it with free().
+    //
+    // Each directory, given exactly one trailing "/", is merged into the first root
+    // that shares more than "/" with it: that root is replaced by the common leading
+    // directory, which moves to the end of the list. A directory that shares only
+    // "/" with every root is appended as a root of its own. Empty names are ignored.
     wchar_t* getRpmRootDirs(wchar_t* i_DirNames);
 
     // The command line that load() runs.
     static const char* queryCommand();
 };
+
+// The parsing helpers of the provider.
+
+// Like strtok_r with one separator character, but empty fields are tokens. On the
+// first call `str` is the text (split in place); later calls pass null and continue
+// from `*pString`. Returns the next token, NUL-terminated in place, or null when the
+// text is used up; a separator at the very end gives no further token.
+char* getToken(char* str, char separator, char** pString);
+
+// `a` with exactly one trailing "/" added when it does not end with one (an empty
+// `a` stays empty). Newly allocated (free()); null when memory runs out.
+wchar_t* getSlashedDir(const wchar_t* a);
+
+// The longest leading directory (ending in "/") that `a` and `b` share: "/" when
+// they share only the root, null when they share no "/" at all (or memory runs out).
+// Newly allocated (free()).
+wchar_t* getCommonDir(const wchar_t* a, const wchar_t* b);
 
 }  // namespace RegPlugin
 
