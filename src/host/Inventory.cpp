@@ -1,0 +1,96 @@
+#include "Inventory.h"
+
+#include "Evaluation.h"
+
+namespace regscan {
+
+const std::vector<RegistrySource>& knownRegistries() {
+    // One row per registry; adding a registry is adding a row.
+    static const std::vector<RegistrySource> registries = {
+        {"rpm",
+         "RpmProductList",
+         "RpmProductInfo",
+         "the rpm database could not be read; is rpm installed?",
+         {}},
+        {"dpkg",
+         "DpkgProductList",
+         "DpkgProductInfo",
+         "the dpkg status file /var/lib/dpkg/status could not be read",
+         {}},
+    };
+    return registries;
+}
+
+namespace {
+
+std::string failureReason(const RegistrySource& source, const Evaluation& list,
+                          const CodeNames& names) {
+    if (list.kind == Evaluation::Kind::NotCreated) {
+        if (list.code == PluginSDK::ERROR_NO_SUCH_EXPRESSION) {
+            return std::string("this plug-in cannot create the expression ") +
+                   source.listExpression;
+        }
+        return std::string("the expression ") + source.listExpression + " could not be created";
+    }
+    if (list.kind != Evaluation::Kind::Vector) {
+        return std::string("the expression ") + source.listExpression + " does not give a list";
+    }
+    if (names.valueOf("REG_PLUGIN_ERROR_UNABLE_TO_GET_PROGRAM_LIST") == list.code) {
+        return source.unreadableReason;
+    }
+    return "the plug-in could not list this registry";
+}
+
+}  // namespace
+
+Inventory collectInventory(PluginSDK::Plugin& plugin, const std::vector<RegistrySource>& registries,
+                           const CodeNames& names) {
+    Inventory inventory;
+    for (const RegistrySource& source : registries) {
+        Evaluation list = evaluateExpression(plugin, source.listExpression, source.listProperties);
+        if (list.kind != Evaluation::Kind::Vector || list.code != 0) {
+            RegistryFailure failure;
+            failure.registry = source.registry;
+            failure.code = list.code;
+            failure.message = std::string(source.registry) + ": cannot list packages";
+            if (list.code != 0) {
+                failure.message += " (" + names.describe(list.code) + ")";
+            }
+            failure.message += ": " + failureReason(source, list, names);
+            inventory.failures.push_back(std::move(failure));
+            continue;
+        }
+        ++inventory.listedRegistries;
+
+        // One Info expression serves every key and field: its properties are replaced
+        // before each evaluation.
+        ExpressionHandle info(plugin, source.infoExpression);
+        inventory.records.reserve(inventory.records.size() + list.keys.size());
+        for (std::string& key : list.keys) {
+            InventoryRecord record;
+            record.registry = source.registry;
+            std::pair<const char*, std::string*> fields[] = {
+                {"name", &record.name},
+                {"version", &record.version},
+                {"vendor", &record.vendor},
+                {"installDir", &record.installDir},
+                {"description", &record.description},
+            };
+            if (info.created()) {
+                info.setProperty("code", key);
+                for (auto& field : fields) {
+                    info.setProperty("field", field.first);
+                    Evaluation value = info.evaluate();
+                    if (value.kind == Evaluation::Kind::Scalar && value.code == 0) {
+                        *field.second = std::move(value.scalar);
+                    }
+                }
+            }
+            record.key = std::move(key);
+            inventory.records.push_back(std::move(record));
+        }
+    }
+    return inventory;
+}
+
+}  // namespace regscan

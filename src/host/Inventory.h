@@ -1,0 +1,64 @@
+// The inventory: every package of every known registry, read through the
+// registry's List and Info expressions.
+#ifndef REGSCAN_INVENTORY_H
+#define REGSCAN_INVENTORY_H
+
+#include <string>
+#include <vector>
+
+#include "CodeNames.h"
+#include "Options.h"
+#include "PluginSDK/Plugin.h"
+#include "PluginSDK/Types.h"
+
+namespace regscan {
+
+// One registry the inventory lists.
+struct RegistrySource {
+    const char* registry;        // the name shown in the "registry" column
+    const char* listExpression;  // vector expression giving the package keys
+    const char* infoExpression;  // scalar expression taking "code" and "field"
+    // Why the List failed when the plug-in could not read the registry, in plain words.
+    const char* unreadableReason;
+    PropertyList listProperties;  // set on the List expression before evaluating it
+};
+
+// The registries `inventory` lists, in output order.
+const std::vector<RegistrySource>& knownRegistries();
+
+// One package. A field the registry does not give is empty.
+struct InventoryRecord {
+    std::string registry;
+    std::string key;
+    std::string name;
+    std::string version;
+    std::string vendor;
+    std::string installDir;
+    std::string description;
+};
+
+// A registry whose List failed; `message` is the complete line for people, e.g.
+// "rpm: cannot list packages (-13111 REG_PLUGIN_ERROR_UNABLE_TO_GET_PROGRAM_LIST):
+// the rpm database could not be read; is rpm installed?".
+struct RegistryFailure {
+    std::string registry;
+    TErrorCode code = 0;
+    std::string message;
+};
+
+struct Inventory {
+    std::vector<InventoryRecord> records;  // registry by registry, keys in List order
+    std::vector<RegistryFailure> failures;
+    int listedRegistries = 0;  // registries whose List succeeded
+};
+
+// Lists every registry of `registries`: the List expression, then for each key the
+// Info expression with "code" = key and "field" = name, version, vendor, installDir,
+// description. A failed List is recorded in `failures` and the other registries
+// are still listed; a failed Info leaves its cell empty. `names` describes codes.
+Inventory collectInventory(PluginSDK::Plugin& plugin, const std::vector<RegistrySource>& registries,
+                           const CodeNames& names);
+
+}  // namespace regscan
+
+#endif

@@ -1,1 +1,0 @@
-namespace regscan { int placeholder = 0; }

@@ -1,0 +1,198 @@
+#include "Program.h"
+
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+#include <memory>
+
+#include "Batch.h"
+#include "CodeNames.h"
+#include "Evaluation.h"
+#include "Inventory.h"
+#include "Options.h"
+#include "OutputFormats.h"
+#include "PluginLibrary.h"
+#include "base/Utf8.h"
+#include "trace/Tracer.h"
+
+namespace regscan {
+
+const char* const kRegscanVersion = "1.1.1.1";
+
+namespace {
+
+std::string versionText(const PluginSDK::PluginVersion& version) {
+    return std::to_string(version.version) + "." + std::to_string(version.release) + "." +
+           std::to_string(version.modification) + "." + std::to_string(version.fixLevel);
+}
+
+int runNames(PluginSDK::Plugin& plugin, TErrorCode initCode, const CodeNames& names,
+             std::ostream& out, std::ostream& err) {
+    for (const std::wstring& name : plugin.getExpressionNames()) {
+        out << Utf8::encode(name.data(), name.size()) << '\n';
+    }
+    if (initCode != 0) {
+        err << "regscan: initializePlugin: " << names.describe(initCode) << '\n';
+        return EXIT_STATUS_CODE;
+    }
+    return EXIT_STATUS_OK;
+}
+
+int runEval(PluginSDK::Plugin& plugin, const Options& options, const CodeNames& names,
+            std::ostream& out, std::ostream& err) {
+    Evaluation evaluation = evaluateExpression(plugin, options.expressionName, options.properties);
+    switch (evaluation.kind) {
+        case Evaluation::Kind::NotCreated:
+            if (evaluation.code == 0) {
+                err << "regscan: the plug-in created no expression " << options.expressionName
+                    << '\n';
+                return EXIT_STATUS_CODE;
+            }
+            break;
+        case Evaluation::Kind::Unsupported:
+            err << "regscan: expression " << options.expressionName
+                << " is neither scalar nor vector\n";
+            return EXIT_STATUS_CODE;
+        case Evaluation::Kind::Scalar:
+            if (evaluation.code == 0 || !evaluation.scalar.empty()) {
+                out << evaluation.scalar << '\n';
+            }
+            break;
+        case Evaluation::Kind::Vector:
+            for (const std::string& key : evaluation.keys) {
+                out << key << '\n';
+            }
+            break;
+    }
+    if (evaluation.code != 0) {
+        err << names.describe(evaluation.code) << '\n';
+        return EXIT_STATUS_CODE;
+    }
+    return EXIT_STATUS_OK;
+}
+
+int runBatch(PluginSDK::Plugin& plugin, const Options& options, std::istream& in, std::ostream& out,
+             std::ostream& err) {
+    BatchSession session(plugin);
+    if (!options.batchFromFile) {
+        return session.run(in, out);
+    }
+    struct stat info;
+    if (stat(options.batchFile.c_str(), &info) == 0 && S_ISDIR(info.st_mode)) {
+        err << "regscan: cannot read " << options.batchFile << ": it is a directory\n";
+        return EXIT_STATUS_USAGE;
+    }
+    std::ifstream file(options.batchFile, std::ios::binary);
+    if (!file) {
+        err << "regscan: cannot open " << options.batchFile << ": " << std::strerror(errno) << '\n';
+        return EXIT_STATUS_USAGE;
+    }
+    return session.run(file, out);
+}
+
+int runInventory(PluginSDK::Plugin& plugin, const Options& options, const CodeNames& names,
+                 std::ostream& out, std::ostream& err) {
+    Inventory inventory = collectInventory(plugin, knownRegistries(), names);
+    for (const RegistryFailure& failure : inventory.failures) {
+        err << failure.message << '\n';
+    }
+    switch (options.format) {
+        case InventoryFormat::Table:
+            writeTable(out, inventory.records);
+            break;
+        case InventoryFormat::Json:
+            writeJson(out, inventory.records);
+            break;
+        case InventoryFormat::Csv:
+            writeCsv(out, inventory.records);
+            break;
+    }
+    out.flush();
+    return inventory.listedRegistries > 0 ? EXIT_STATUS_OK : EXIT_STATUS_CODE;
+}
+
+}  // namespace
+
+int runProgram(const std::vector<std::string>& args, std::istream& in, std::ostream& out,
+               std::ostream& err) {
+    Options options;
+    try {
+        options = parseOptions(args);
+    } catch (const UsageError& e) {
+        err << "regscan: " << e.what() << "\n"
+            << "usage: regscan [OPTIONS] names | eval NAME [PROP=VALUE ...] | batch [FILE] |\n"
+            << "       inventory [--format table|json|csv]\n"
+            << "Try 'regscan --help' for more.\n";
+        return EXIT_STATUS_USAGE;
+    }
+    if (options.help) {
+        out << usageText();
+        return EXIT_STATUS_OK;
+    }
+
+    // The command line overrides the tracer's environment settings: --trace without
+    // --trace-file writes to standard error.
+    if (options.traceFileGiven || options.traceLevel > 0) {
+        int error =
+            Tracer::setOutputFile(options.traceFileGiven ? options.traceFile.c_str() : nullptr);
+        if (error != 0) {
+            err << "regscan: cannot open trace file " << options.traceFile << ": "
+                << std::strerror(error) << '\n';
+            return EXIT_STATUS_USAGE;
+        }
+    }
+    if (options.traceLevel > 0) {
+        Tracer::setLevel(options.traceLevel);
+    }
+
+    if (options.version) {
+        out << "regscan " << kRegscanVersion << '\n';
+    }
+    std::string path = options.pluginPath.empty() ? defaultPluginPath() : options.pluginPath;
+    std::string loadError;
+    std::unique_ptr<PluginLibrary> library = PluginLibrary::open(path, loadError);
+    if (!library) {
+        err << "regscan: " << loadError << '\n';
+        return EXIT_STATUS_NO_PLUGIN;
+    }
+    PluginSDK::Plugin& plugin = library->plugin();
+    if (options.version) {
+        const wchar_t* name = plugin.getName();
+        out << "plug-in " << Utf8::encode(name) << ' ' << versionText(plugin.getVersion()) << " ("
+            << library->path() << ")\n";
+        if (options.command == Command::None) {
+            return EXIT_STATUS_OK;
+        }
+    }
+
+    CodeNames names;
+    names.load([&library](const char* symbol) { return library->findSymbol(symbol); });
+
+    for (const auto& setting : options.settings) {
+        std::wstring name = Utf8::decode(setting.first.data(), setting.first.size());
+        std::wstring value = Utf8::decode(setting.second.data(), setting.second.size());
+        plugin.setProperty(name.c_str(), value.c_str());
+    }
+    TErrorCode initCode = plugin.initializePlugin();
+    if (initCode != 0 && options.command != Command::Names) {
+        err << "regscan: initializePlugin: " << names.describe(initCode) << '\n';
+    }
+
+    switch (options.command) {
+        case Command::Names:
+            return runNames(plugin, initCode, names, out, err);
+        case Command::Eval:
+            return runEval(plugin, options, names, out, err);
+        case Command::Batch:
+            return runBatch(plugin, options, in, out, err);
+        case Command::Inventory:
+            return runInventory(plugin, options, names, out, err);
+        case Command::None:
+            break;
+    }
+    return EXIT_STATUS_OK;
+}
+
+}  // namespace regscan
