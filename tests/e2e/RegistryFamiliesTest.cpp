@@ -1,0 +1,273 @@
+// The rpm and dpkg expression families driven through `regscan batch`, from the
+// host's request to a real registry and back: a real rpm database built from real
+// packages, and dpkg status fixtures at the real status file's place.
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "RegscanRunner.h"
+
+namespace {
+
+using nlohmann::json;
+
+const std::string kRpmHome = std::string(REGSCAN_RPMDB_DIR) + "/home";
+
+bool rpmDatabaseBuilt() {
+    struct stat info;
+    return stat((kRpmHome + "/.rpmmacros").c_str(), &info) == 0;
+}
+
+// One batch request and what its reply must hold.
+struct Case {
+    const char* what;
+    json request;
+    int code;
+    json result;  // expected "result"; a null json means "do not check"
+};
+
+std::vector<json> runBatch(const std::vector<json>& requests, const e2e::RunOptions& base,
+                           int* exitStatus = nullptr) {
+    e2e::RunOptions options = base;
+    for (const json& request : requests) {
+        options.input += request.dump() + "\n";
+    }
+    e2e::RunResult run = e2e::runRegscan({"batch"}, options);
+    if (exitStatus != nullptr) {
+        *exitStatus = run.exitStatus;
+    }
+    std::vector<json> replies;
+    for (const std::string& line : e2e::lines(run.out)) {
+        replies.push_back(json::parse(line, nullptr, false));
+    }
+    EXPECT_EQ(replies.size(), requests.size()) << "stdout:\n"
+                                               << run.out << "\nstderr:\n"
+                                               << run.err;
+    return replies;
+}
+
+void expectReplies(const std::vector<Case>& cases, const e2e::RunOptions& options) {
+    std::vector<json> requests;
+    for (const Case& c : cases) {
+        requests.push_back(c.request);
+    }
+    std::vector<json> replies = runBatch(requests, options);
+    for (std::size_t i = 0; i < cases.size() && i < replies.size(); ++i) {
+        SCOPED_TRACE(std::string(cases[i].what) + ": " + requests[i].dump() + " -> " +
+                     replies[i].dump());
+        EXPECT_EQ(replies[i].value("code", 1), cases[i].code);
+        if (cases[i].result.is_array() && replies[i]["result"].is_array()) {
+            // Lists come in registry order; compare them as sets.
+            std::vector<std::string> expected = cases[i].result;
+            std::vector<std::string> actual = replies[i]["result"];
+            std::sort(expected.begin(), expected.end());
+            std::sort(actual.begin(), actual.end());
+            EXPECT_EQ(actual, expected);
+        } else if (!cases[i].result.is_null()) {
+            EXPECT_EQ(replies[i]["result"], cases[i].result);
+        }
+    }
+}
+
+json expr(const char* name, json properties = json::object()) {
+    return json{{"expression", name}, {"properties", properties}};
+}
+
+// synthN of the test database: version (N%7).(N%13).N, release (N%5+1).el9,
+// arch noarch, vendor "Vendor (N%17) Inc." except when N%9 == 0, where it
+// inherits the base package's "Example Vendor".
+const char* kSynth1 = "synth1-1.1.1-2.el9-noarch";
+const char* kSynth9 = "synth9-2.9.9-5.el9-noarch";
+
+std::vector<std::string> synthKeysStartingWith1() {
+    std::vector<std::string> keys;
+    for (int i : {1, 10, 11, 12, 13, 14, 15, 16, 17, 18, 19}) {
+        keys.push_back("synth" + std::to_string(i) + "-" + std::to_string(i % 7) + "." +
+                       std::to_string(i % 13) + "." + std::to_string(i) + "-" +
+                       std::to_string(i % 5 + 1) + ".el9-noarch");
+    }
+    return keys;
+}
+
+class RpmFamilyTest : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        if (!rpmDatabaseBuilt()) {
+            GTEST_SKIP() << "no test rpm database at " << kRpmHome;
+        }
+        options.environment["HOME"] = kRpmHome;
+    }
+    e2e::RunOptions options;
+};
+
+TEST_F(RpmFamilyTest, AnswersFromTheRealDatabase) {
+    expectReplies(
+        {
+            {"full key", expr("RpmProductExists", {{"code", kSynth1}}), 0, "TRUE"},
+            {"short key", expr("RpmProductExists", {{"code", "synth1-1.1.1-2.el9"}}), 0, "TRUE"},
+            {"absent key", expr("RpmProductExists", {{"code", "synth1"}}), 0, "FALSE"},
+            {"no code", expr("RpmProductExists"), -13000, ""},
+            {"name", expr("RpmProductInfo", {{"code", kSynth1}, {"field", "name"}}), 0, "synth1"},
+            {"version joins with a dot",
+             expr("RpmProductInfo", {{"code", kSynth1}, {"field", "version"}}), 0, "1.1.1.2.el9"},
+            {"display version joins with a hyphen",
+             expr("RpmProductInfo", {{"code", kSynth1}, {"field", "displayVersion"}}), 0,
+             "1.1.1-2.el9"},
+            {"vendor", expr("RpmProductInfo", {{"code", kSynth1}, {"field", "vendor"}}), 0,
+             "Vendor 1 Inc."},
+            {"vendor inherited from the base package",
+             expr("RpmProductInfo", {{"code", kSynth9}, {"field", "vendor"}}), 0, "Example Vendor"},
+            {"install roots", expr("RpmProductInfo", {{"code", kSynth1}, {"field", "installDir"}}),
+             0, "/opt/synth1/;/usr/share/doc/synth1/"},
+            {"summary", expr("RpmProductInfo", {{"code", kSynth1}, {"field", "description"}}), 0,
+             "Synthetic package number 1 for inventory tests"},
+            {"arch", expr("RpmProductInfo", {{"code", kSynth1}, {"field", "arch"}}), 0, "noarch"},
+            {"info by short key",
+             expr("RpmProductInfo", {{"code", "synth9-2.9.9-5.el9"}, {"field", "release"}}), 0,
+             "5.el9"},
+            {"info without code", expr("RpmProductInfo", {{"field", "name"}}), -13000, ""},
+            {"info without field", expr("RpmProductInfo", {{"code", kSynth1}}), -13001, ""},
+            {"unknown key", expr("RpmProductInfo", {{"code", "nope"}, {"field", "name"}}), -13100,
+             ""},
+            {"unknown field", expr("RpmProductInfo", {{"code", kSynth1}, {"field", "colour"}}),
+             -13200, ""},
+            {"field names are case-sensitive",
+             expr("RpmProductInfo", {{"code", kSynth1}, {"field", "Vendor"}}), -13200, ""},
+            {"filter", expr("RpmProductList", {{"filter", "synth1*"}}), 0,
+             synthKeysStartingWith1()},
+            {"filter matching nothing", expr("RpmProductList", {{"filter", "nothing*"}}), 0,
+             json::array()},
+            {"type product and filter",
+             expr("RpmProductList", {{"type", "product"}, {"filter", "synth1-*"}}), 0,
+             json::array({kSynth1})},
+            {"type patch", expr("RpmProductList", {{"type", "patch"}}), 0, json::array()},
+            {"type PTF is not a list type", expr("RpmProductList", {{"type", "PTF"}}), -13006,
+             json::array()},
+            {"type software is not a list type", expr("RpmProductList", {{"type", "software"}}),
+             -13006, json::array()},
+            {"malformed filter", expr("RpmProductList", {{"filter", "synth["}}), 3, json::array()},
+        },
+        options);
+}
+
+TEST_F(RpmFamilyTest, ListsEveryPackageOfTheDatabase) {
+    std::vector<json> replies = runBatch({expr("RpmProductList")}, options);
+    ASSERT_EQ(replies.size(), 1u);
+    EXPECT_EQ(replies[0]["code"], 0);
+    EXPECT_EQ(replies[0]["result"].size(), 40u) << replies[0].dump();
+}
+
+TEST(RpmFamilyFailureTest, AFailingRpmCommandFailsTheFamilyForGood) {
+    // A fake rpm that fails, first on PATH, and counts its runs.
+    char pattern[] = "/tmp/regscan-fake-rpm-XXXXXX";
+    ASSERT_NE(mkdtemp(pattern), nullptr);
+    std::string dir = pattern;
+    {
+        std::ofstream script(dir + "/rpm");
+        script << "#!/bin/sh\necho run >> " << dir << "/runs\necho broken >&2\nexit 1\n";
+    }
+    chmod((dir + "/rpm").c_str(), 0755);
+    e2e::RunOptions options;
+    options.environment["PATH"] = dir + ":" + std::getenv("PATH");
+    expectReplies(
+        {
+            {"list", expr("RpmProductList"), -13111, json::array()},
+            {"exists", expr("RpmProductExists", {{"code", kSynth1}}), -13111, ""},
+            {"info", expr("RpmProductInfo", {{"code", kSynth1}, {"field", "name"}}), -13111, ""},
+            {"info still validates first", expr("RpmProductInfo", {{"code", kSynth1}}), -13001, ""},
+        },
+        options);
+    std::ifstream runs(dir + "/runs");
+    int count = 0;
+    for (std::string line; std::getline(runs, line);) {
+        ++count;
+    }
+    EXPECT_EQ(count, 1) << "the rpm command must run once per process";
+    std::system(("rm -rf " + dir).c_str());
+}
+
+const char* kStatusFixture =
+    "Package: alpha\n"
+    "Status: install ok installed\n"
+    "Priority: optional\n"
+    "Version: 1:2.3-4\n"
+    "Description: the first line only\n"
+    " continuation text\n"
+    " .\n"
+    " more\n"
+    "\n"
+    "Package: beta\n"
+    "Status: deinstall ok config-files\n"
+    "Version: 1.0\n"
+    "\n"
+    "Package: gamma\n"
+    "Status: hold ok installed\n"
+    "Version: 0.9\n"
+    "Description: gamma tool\n"
+    "\n"
+    "Package: delta\n"
+    "Status: install ok not-installed\n"
+    "\n"
+    "Package: alpha\n"
+    "Architecture: i386\n"
+    "Status: install ok installed\n"
+    "Version: 9.9\n"
+    "Description: the second alpha\n";
+
+class DpkgFamilyTest : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        if (!e2e::namespacesAvailable()) {
+            GTEST_SKIP() << "needs root with mount namespaces and overlay mounts";
+        }
+        options.files["/var/lib/dpkg/status"] = kStatusFixture;
+    }
+    e2e::RunOptions options;
+};
+
+TEST_F(DpkgFamilyTest, AnswersFromTheStatusFile) {
+    expectReplies(
+        {
+            {"installed only, first paragraph of a name", expr("DpkgProductList"), 0,
+             json::array({"alpha", "gamma"})},
+            {"filter", expr("DpkgProductList", {{"filter", "g*"}}), 0, json::array({"gamma"})},
+            {"bad type", expr("DpkgProductList", {{"type", "driver"}}), -13006, json::array()},
+            {"installed", expr("DpkgProductExists", {{"code", "gamma"}}), 0, "TRUE"},
+            {"config files only", expr("DpkgProductExists", {{"code", "beta"}}), 0, "FALSE"},
+            {"not-installed", expr("DpkgProductExists", {{"code", "delta"}}), 0, "FALSE"},
+            {"no code", expr("DpkgProductExists"), -13000, ""},
+            {"version kept whole",
+             expr("DpkgProductInfo", {{"code", "alpha"}, {"field", "version"}}), 0, "1:2.3-4"},
+            {"display version",
+             expr("DpkgProductInfo", {{"code", "alpha"}, {"field", "displayVersion"}}), 0,
+             "1:2.3-4"},
+            {"synopsis only",
+             expr("DpkgProductInfo", {{"code", "alpha"}, {"field", "description"}}), 0,
+             "the first line only"},
+            {"no vendor field", expr("DpkgProductInfo", {{"code", "alpha"}, {"field", "vendor"}}),
+             -13200, ""},
+            {"absent package", expr("DpkgProductInfo", {{"code", "beta"}, {"field", "name"}}),
+             -13100, ""},
+            {"no field", expr("DpkgProductInfo", {{"code", "alpha"}}), -13001, ""},
+        },
+        options);
+}
+
+TEST_F(DpkgFamilyTest, AMissingStatusFileFailsTheFamily) {
+    options.files.clear();
+    options.setup.push_back("mount -t tmpfs tmpfs /var/lib/dpkg");
+    expectReplies(
+        {
+            {"list", expr("DpkgProductList"), -13111, json::array()},
+            {"exists", expr("DpkgProductExists", {{"code", "alpha"}}), -13111, ""},
+        },
+        options);
+}
+
+}  // namespace
