@@ -72,6 +72,9 @@ Inventory collectInventory(PluginSDK::Plugin& plugin, const std::vector<Registry
             std::pair<const char*, std::string*> fields[] = {
                 {"name", &record.name},
                 {"version", &record.version},
+                // People read versions as the registry displays them (rpm's
+                // version-release); where a registry has a display form it wins.
+                {"displayVersion", &record.version},
                 {"vendor", &record.vendor},
                 {"installDir", &record.installDir},
                 {"description", &record.description},
