@@ -55,6 +55,12 @@ RegistryDataProvider* createDataProvider(RegistryDataProviderFactory::DataProvid
     return nullptr;
 }
 
+// Providers live as long as the loaded library: when a host unloads it, they and
+// their packages are released with it.
+struct ReleaseProvidersAtUnload {
+    ~ReleaseProvidersAtUnload() { RegistryDataProviderFactory::cleanup(); }
+} releaseProvidersAtUnload;
+
 }  // namespace
 
 RegistryDataProvider* RegistryDataProviderFactory::getDataProvider(DataProviderClass i_Which) {
