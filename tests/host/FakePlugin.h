@@ -6,7 +6,8 @@
 //            code is the number in property "rc" (0 without)
 //   "Keys"   vector: the comma-separated keys of property "keys"; code from "rc"
 //   "List"   vector: the keys "k1", "k2"
-//   "Info"   scalar: "<field> of <code>"; field "vendor" fails with -13200
+//   "Info"   scalar: "<field> of <code>"; field "vendor", and "displayVersion" of the
+//            key "k1", fail with -13200
 //   "Broken" vector: fails with -13111
 // Any other name gives -10008 and a null expression.
 #ifndef REGSCAN_TESTS_HOST_FAKEPLUGIN_H
@@ -50,7 +51,9 @@ class Info : public PluginSDK::ScalarOperand {
     void disposeExpression() override {}
     TErrorCode getScalarResult(PluginSDK::String& result) override {
         result = L"";
-        if (property(*this, L"field") == L"vendor") {
+        const std::wstring field = property(*this, L"field");
+        if (field == L"vendor" ||
+            (field == L"displayVersion" && property(*this, L"code") == L"k1")) {
             return -13200;
         }
         result = (property(*this, L"field") + L" of " + property(*this, L"code")).c_str();

@@ -111,7 +111,8 @@ TEST(InventoryTest, ListsGoodRegistriesAndReportsFailedOnes) {
     EXPECT_EQ(first.vendor, "") << "a failing field gives an empty cell";
     EXPECT_EQ(first.installDir, "installDir of k1");
     EXPECT_EQ(first.description, "description of k1");
-    EXPECT_EQ(inventory.records[1].version, "version of k2");
+    EXPECT_EQ(first.version, "version of k1") << "without a display form, the version";
+    EXPECT_EQ(inventory.records[1].version, "displayVersion of k2") << "the display form wins";
     EXPECT_EQ(inventory.records[2].key, "only");
     EXPECT_EQ(inventory.records[2].name, "");
 
