@@ -4,10 +4,14 @@
 #include <cstdlib>
 #include <cstring>
 #include <cwchar>
+#include <deque>
+#include <iterator>
 #include <map>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <unordered_map>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -167,12 +171,15 @@ void appendArrayElements(char* field, std::wstring& scratch, PluginSDK::VectorSt
 // index by top.
 class RootDirs {
   public:
-    RootDirs() : m_indexed(false) {}
+    RootDirs() : m_count(0), m_indexed(false) {}
 
+    // Empties the list; the storage is kept for the next list.
     void clear() {
-        m_roots.clear();
-        m_byTop.clear();
-        m_indexed = false;
+        m_count = 0;
+        if (m_indexed) {
+            m_byTop.clear();
+            m_indexed = false;
+        }
     }
 
     // Adds one directory of `length` characters; an empty one is ignored.
@@ -180,7 +187,10 @@ class RootDirs {
         if (length == 0) {
             return;
         }
-        Root root;
+        if (m_count == m_roots.size()) {
+            m_roots.emplace_back();
+        }
+        Root& root = m_roots[m_count];
         root.dir.assign(dir, length);
         if (root.dir.back() != L'/') {
             root.dir += L'/';
@@ -203,15 +213,14 @@ class RootDirs {
                 }
                 root.dir.resize(commonLength);
                 merged.live = false;
-                std::wstring().swap(merged.dir);
             }
         }
-        m_roots.push_back(std::move(root));
+        ++m_count;
         if (m_indexed) {
-            index(m_roots.size() - 1);
-        } else if (m_roots.size() == kIndexFrom) {
+            index(m_count - 1);
+        } else if (m_count == kIndexFrom) {
             m_indexed = true;
-            for (std::size_t i = 0; i < m_roots.size(); ++i) {
+            for (std::size_t i = 0; i < m_count; ++i) {
                 index(i);
             }
         }
@@ -219,9 +228,9 @@ class RootDirs {
 
     // Appends the roots, in list order, to `out`.
     void appendTo(PluginSDK::VectorString& out) const {
-        for (const Root& root : m_roots) {
-            if (root.live) {
-                out += root.dir.c_str();
+        for (std::size_t i = 0; i < m_count; ++i) {
+            if (m_roots[i].live) {
+                out += m_roots[i].dir.c_str();
             }
         }
     }
@@ -239,7 +248,7 @@ class RootDirs {
     // The live root with the top of `root`, or kNoRoot.
     std::size_t findTop(const Root& root) const {
         if (!m_indexed) {
-            for (std::size_t i = 0; i < m_roots.size(); ++i) {
+            for (std::size_t i = 0; i < m_count; ++i) {
                 const Root& candidate = m_roots[i];
                 if (candidate.live && candidate.topLength == root.topLength &&
                     std::wmemcmp(candidate.dir.data(), root.dir.data(), root.topLength) == 0) {
@@ -259,9 +268,40 @@ class RootDirs {
         }
     }
 
-    std::vector<Root> m_roots;
+    std::vector<Root> m_roots;  // the first m_count are the list; the rest are spare
+    std::size_t m_count;
     bool m_indexed;                                         // m_byTop is in use
     std::unordered_map<std::wstring, std::size_t> m_byTop;  // top -> live root
+};
+
+// Values that many packages share (vendors, dates, dependency lists) are made once
+// per load and then shared: the host's strings are reference-counted. Keyed by the
+// field's raw bytes, so a repeated value is neither decoded nor split again.
+class ValueCache {
+  public:
+    // The value of `field`, made by `convert(field)` unless an equal field was
+    // converted before. Long fields, which rarely repeat, are not kept.
+    template <class Convert>
+    PluginSDK::String get(char* field, Convert convert) {
+        const std::size_t length = std::strlen(field);
+        if (length > kLongest) {
+            return convert(field);
+        }
+        const std::string_view raw(field, length);
+        const auto found = m_values.find(raw);
+        if (found != m_values.end()) {
+            return found->second;
+        }
+        m_keys.emplace_back(raw);  // before `convert` splits the field in place
+        PluginSDK::String value = convert(field);
+        m_values.emplace(m_keys.back(), value);
+        return value;
+    }
+
+  private:
+    static constexpr std::size_t kLongest = 256;
+    std::deque<std::string> m_keys;  // elements never move: the map's keys point here
+    std::unordered_map<std::string_view, PluginSDK::String> m_values;
 };
 
 // Turns the records of the command's output into packages in `cache`. Trace lines
@@ -325,18 +365,20 @@ class RecordReader {
         values[P_VERSION] = PluginSDK::String(version, versionLength);
         text[versionEnd] = L'-';
         values[P_DISPLAY_VERSION] = PluginSDK::String(version, versionLength);
-        values[P_VENDOR] = single(fields[VENDOR]);
-        values[P_INSTALL_DATE] = single(fields[INSTALLTIME]);
+        const auto toText = [this](char* field) { return single(field); };
+        const auto toArray = [this](char* field) { return array(field); };
+        values[P_VENDOR] = m_sharedTexts.get(fields[VENDOR], toText);
+        values[P_INSTALL_DATE] = m_sharedTexts.get(fields[INSTALLTIME], toText);
         values[P_DESCRIPTION] = single(fields[SUMMARY]);
-        values[P_REQUIRE_NAME] = array(fields[REQUIRENAME]);
-        values[P_ARCH] = array(fields[ARCH]);
-        values[P_REQUIRE_VERSION] = array(fields[REQUIREVERSION]);
-        values[P_REQUIRE_FLAGS] = array(fields[REQUIREFLAGS]);
-        values[P_CONFLICT_NAME] = array(fields[CONFLICTNAME]);
-        values[P_CONFLICT_VERSION] = array(fields[CONFLICTVERSION]);
-        values[P_CONFLICT_FLAGS] = array(fields[CONFLICTFLAGS]);
+        values[P_REQUIRE_NAME] = m_sharedArrays.get(fields[REQUIRENAME], toArray);
+        values[P_ARCH] = m_sharedArrays.get(fields[ARCH], toArray);
+        values[P_REQUIRE_VERSION] = m_sharedArrays.get(fields[REQUIREVERSION], toArray);
+        values[P_REQUIRE_FLAGS] = m_sharedArrays.get(fields[REQUIREFLAGS], toArray);
+        values[P_CONFLICT_NAME] = m_sharedArrays.get(fields[CONFLICTNAME], toArray);
+        values[P_CONFLICT_VERSION] = m_sharedArrays.get(fields[CONFLICTVERSION], toArray);
+        values[P_CONFLICT_FLAGS] = m_sharedArrays.get(fields[CONFLICTFLAGS], toArray);
+        values[P_DISTRIBUTION] = m_sharedArrays.get(fields[DISTRIBUTION], toArray);
         values[P_INSTALL_DIR] = rootDirs(fields[DIRNAMES]);
-        values[P_DISTRIBUTION] = array(fields[DISTRIBUTION]);
 
         std::unique_ptr<LegacyRpmPackage> package(new LegacyRpmPackage(fullKey));
         // The same map as setProperty would build, filled in its own order.
@@ -364,9 +406,15 @@ class RecordReader {
         if (*field == '\0') {
             return PluginSDK::String();
         }
-        PluginSDK::VectorString elements;
-        appendArrayElements(field, m_scratch, elements);
-        return PluginSDK::String(static_cast<const wchar_t*>(elements));
+        resetElements();
+        appendArrayElements(field, m_scratch, m_elements);
+        return PluginSDK::String(static_cast<const wchar_t*>(m_elements));
+    }
+
+    // Empties m_elements, keeping its storage (copying an empty list in does).
+    void resetElements() {
+        static const PluginSDK::VectorString kEmpty;
+        m_elements = kEmpty;
     }
 
     PluginSDK::String rootDirs(char* field) {
@@ -381,9 +429,9 @@ class RecordReader {
             decodeInto(dir, m_scratch);
             m_roots.add(m_scratch.data(), m_scratch.size());
         }
-        PluginSDK::VectorString joined;
-        m_roots.appendTo(joined);
-        return PluginSDK::String(static_cast<const wchar_t*>(joined));
+        resetElements();
+        m_roots.appendTo(m_elements);
+        return PluginSDK::String(static_cast<const wchar_t*>(m_elements));
     }
 
     Trace& regTrace_;  // named for REG_TRACE
@@ -392,6 +440,49 @@ class RecordReader {
     std::wstring m_text;     // keys and the values cut out of them
     std::wstring m_scratch;  // one value at a time
     RootDirs m_roots;
+    PluginSDK::VectorString m_elements;  // one array value at a time
+    // One cache per conversion: equal bytes convert differently as text and as array.
+    ValueCache m_sharedTexts;
+    ValueCache m_sharedArrays;
+};
+
+// Parses the output while it arrives: each record that ends in a carriage return as
+// soon as it is complete (the command runs meanwhile), the last one, which has
+// none, when the output has ended.
+class RecordStream : public CommandOutputListener {
+  public:
+    explicit RecordStream(RecordReader& reader) : m_reader(reader), m_parsed(0), m_scanned(0) {}
+
+    void onOutput(MemoryBuffer& output, std::size_t length) override {
+        char* const data = reinterpret_cast<char*>(output.data);
+        while (m_scanned < length) {
+            char* const terminator = static_cast<char*>(
+                std::memchr(data + m_scanned, kRecordTerminator, length - m_scanned));
+            if (terminator == nullptr) {
+                m_scanned = length;
+                return;
+            }
+            *terminator = '\0';
+            m_reader.read(data + m_parsed, terminator);
+            m_parsed = m_scanned = static_cast<std::size_t>(terminator - data) + 1;
+        }
+    }
+
+    // Reads what is left once the output has ended; `output` is NUL-terminated at
+    // `length`.
+    void finish(MemoryBuffer& output, std::size_t length) {
+        onOutput(output, length);
+        if (m_parsed < length) {
+            char* const data = reinterpret_cast<char*>(output.data);
+            m_reader.read(data + m_parsed, data + length);
+            m_parsed = length;
+        }
+    }
+
+  private:
+    RecordReader& m_reader;
+    std::size_t m_parsed;   // records before this offset are read
+    std::size_t m_scanned;  // no carriage return between m_parsed and this offset
 };
 
 }  // namespace
@@ -463,35 +554,44 @@ TErrorCode LegacyRpmDataProvider::load() {
     MemoryBuffer buffer(kBufferSize, kBufferStep);
     buffer.zero();
 
+    // Records are read in place in the buffer, while the command still runs. The
+    // output's length, not its first zero byte, bounds the walk, so a stray zero
+    // byte costs one record, not the rest.
+    const std::size_t packagesBefore = packages.size();
+    RecordReader reader(*this, regTrace_);
+    RecordStream stream(reader);
     REG_TRACE(3, "Executing rpm command ", kQueryCommand);
     std::size_t length = 0;
     const TErrorCode result =
-        LegacyRpmUtil::execCommand(PluginSDK::String(kQueryCommand), buffer, length);
+        LegacyRpmUtil::execCommand(PluginSDK::String(kQueryCommand), buffer, length, &stream);
     if (result != PluginSDK::RESULT_OK) {
         REG_TRACE(1, "Unable to execute rpm command ");
+        dropPackagesFrom(packagesBefore);
         return result;
     }
     REG_TRACE(3, "command executed with success, parsing command output");
-
-    // Records are split in place. The output's length, not its first zero byte,
-    // bounds the walk, so a stray zero byte costs one record, not the rest.
-    RecordReader reader(*this, regTrace_);
-    char* position = reinterpret_cast<char*>(buffer.data);
-    char* const end = position + length;
-    while (position < end) {
-        char* const record = position;
-        char* terminator = static_cast<char*>(
-            std::memchr(position, kRecordTerminator, static_cast<std::size_t>(end - position)));
-        if (terminator != nullptr) {
-            *terminator = '\0';
-            position = terminator + 1;
-        } else {
-            terminator = end;  // the last record; the buffer has a zero byte there
-            position = end;
-        }
-        reader.read(record, terminator);
-    }
+    stream.finish(buffer, length);
     return PluginSDK::RESULT_OK;
+}
+
+void LegacyRpmDataProvider::dropPackagesFrom(std::size_t count) {
+    if (packages.size() <= count) {
+        return;
+    }
+    const auto first = std::next(packages.begin(), static_cast<std::ptrdiff_t>(count));
+    const std::unordered_set<RegistryPackage*> dropped(first, packages.end());
+    for (auto entry = index.begin(); entry != index.end();) {
+        if (dropped.count(entry->second) != 0) {
+            entry = index.erase(entry);
+        } else {
+            ++entry;
+        }
+    }
+    for (auto package = first; package != packages.end(); ++package) {
+        delete *package;
+    }
+    packages.erase(first, packages.end());
+    cursor = packages.begin();
 }
 
 wchar_t* LegacyRpmDataProvider::parseRpmArray(char* i_String) {

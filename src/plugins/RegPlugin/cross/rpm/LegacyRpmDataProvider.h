@@ -2,6 +2,8 @@
 #ifndef REGPLUGIN_CROSS_RPM_LEGACYRPMDATAPROVIDER_H
 #define REGPLUGIN_CROSS_RPM_LEGACYRPMDATAPROVIDER_H
 
+#include <cstddef>
+
 #include "common/PreloadedDataProvider.h"
 
 namespace RegPlugin {
@@ -16,9 +18,11 @@ class LegacyRpmDataProvider : public PreloadedDataProvider {
     // 0, or the command runner's error (nothing is stored then).
     //
     // A record with fewer than fifteen fields is dropped with a trace line; the
-    // others are still read. The first record of a full key wins, and a short key
-    // finds the first package stored under it. `rpm` is found through PATH and reads
-    // the caller's environment (HOME and its ~/.rpmmacros among others).
+    // others are still read. The first record of a full key wins (later ones are
+    // dropped, short key included), and a short key finds the first package stored
+    // under it. Records are read while the command runs; when it then fails, the
+    // packages read are dropped again. `rpm` is found through PATH and reads the
+    // caller's environment (HOME and its ~/.rpmmacros among others).
     TErrorCode load() override;
 
     // One array field (elements each followed by 0x07) as the text form of a
@@ -36,6 +40,11 @@ class LegacyRpmDataProvider : public PreloadedDataProvider {
 
     // The command line that load() runs.
     static const char* queryCommand();
+
+  private:
+    // Removes and destroys the packages stored after the first `count`, with every
+    // key that leads to them.
+    void dropPackagesFrom(std::size_t count);
 };
 
 // The parsing helpers of the provider.

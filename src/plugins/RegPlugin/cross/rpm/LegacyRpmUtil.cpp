@@ -68,13 +68,20 @@ void pauseAfterDrainingPipe() {
 
 }  // namespace
 
+CommandOutputListener::~CommandOutputListener() = default;
+
 TErrorCode LegacyRpmUtil::execCommand(const PluginSDK::String& command, MemoryBuffer& output) {
     std::size_t length = 0;
-    return execCommand(command, output, length);
+    return execCommand(command, output, length, nullptr);
 }
 
 TErrorCode LegacyRpmUtil::execCommand(const PluginSDK::String& command, MemoryBuffer& output,
                                       std::size_t& o_Length) {
+    return execCommand(command, output, o_Length, nullptr);
+}
+
+TErrorCode LegacyRpmUtil::execCommand(const PluginSDK::String& command, MemoryBuffer& output,
+                                      std::size_t& o_Length, CommandOutputListener* listener) {
     REG_TRACE_SCOPE("LegacyRpmUtil::execCommand(const PluginSDK::String&, MemoryBuffer&)");
     o_Length = 0;
     if (command.length() == 0) {
@@ -121,6 +128,9 @@ TErrorCode LegacyRpmUtil::execCommand(const PluginSDK::String& command, MemoryBu
         const ssize_t count = ::read(fds[0], output.data + offset, room);
         if (count > 0) {
             offset += static_cast<std::size_t>(count);
+            if (listener != nullptr) {
+                listener->onOutput(output, offset);
+            }
             if (static_cast<std::size_t>(count) < room) {
                 pauseAfterDrainingPipe();
             }

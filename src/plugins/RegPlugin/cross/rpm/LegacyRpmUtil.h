@@ -10,6 +10,17 @@
 
 namespace RegPlugin {
 
+// Receives a command's output while it is being read (see execCommand).
+class CommandOutputListener {
+  public:
+    virtual ~CommandOutputListener();
+    // Called after each read that added bytes: `output` holds the `length` bytes
+    // read so far at `output.data`. The listener may change those bytes in place
+    // (not move them or resize the buffer); what it changed stays changed. The
+    // storage may move before the next call, so keep offsets, not pointers.
+    virtual void onOutput(MemoryBuffer& output, std::size_t length) = 0;
+};
+
 class LegacyRpmUtil {
   public:
     LegacyRpmUtil() = delete;
@@ -36,6 +47,11 @@ class LegacyRpmUtil {
     // itself contain zero bytes; 0 when nothing was read or started).
     static TErrorCode execCommand(const PluginSDK::String& command, MemoryBuffer& output,
                                   std::size_t& o_Length);
+
+    // The same, and hands the output to `listener` (when not null) as it arrives,
+    // so that it can be processed while the command still runs.
+    static TErrorCode execCommand(const PluginSDK::String& command, MemoryBuffer& output,
+                                  std::size_t& o_Length, CommandOutputListener* listener);
 };
 
 }  // namespace RegPlugin

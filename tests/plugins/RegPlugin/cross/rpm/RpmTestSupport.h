@@ -1,0 +1,69 @@
+// Helpers shared by the rpm unit tests.
+#ifndef REGSCAN_TESTS_PLUGINS_RPM_RPMTESTSUPPORT_H
+#define REGSCAN_TESTS_PLUGINS_RPM_RPMTESTSUPPORT_H
+
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <fstream>
+#include <string>
+
+#include "trace/Tracer.h"
+
+namespace rpmtest {
+
+// Sends every trace line into memory while it lives.
+class TraceCapture {
+  public:
+    TraceCapture() : m_previousLevel(Tracer::getLevel()) {
+        Tracer::setSink(&m_sink);
+        Tracer::setLevel(Tracer::MAX_LEVEL);
+    }
+    ~TraceCapture() {
+        Tracer::setLevel(m_previousLevel);
+        Tracer::setSink(nullptr);
+    }
+    MemoryTraceSink& sink() { return m_sink; }
+
+  private:
+    MemoryTraceSink m_sink;
+    int m_previousLevel;
+};
+
+// A private directory, removed with its files.
+class TempDir {
+  public:
+    TempDir() {
+        char pattern[] = "/tmp/rpm-test-XXXXXX";
+        EXPECT_NE(::mkdtemp(pattern), nullptr);
+        m_path = pattern;
+    }
+    ~TempDir() { EXPECT_EQ(std::system(("rm -rf '" + m_path + "'").c_str()), 0); }
+    const std::string& path() const { return m_path; }
+    // Writes `content` to the file `name` and returns its path.
+    std::string write(const std::string& name, const std::string& content) const {
+        const std::string file = m_path + "/" + name;
+        std::ofstream(file, std::ios::binary) << content;
+        return file;
+    }
+
+  private:
+    std::string m_path;
+};
+
+// The first 300 bytes of `text`, control and non-ASCII bytes shown as \xNN.
+inline std::string printable(const std::string& text) {
+    std::string out;
+    for (unsigned char c : text.substr(0, 300)) {
+        if (c >= 0x20 && c < 0x7f) {
+            out += static_cast<char>(c);
+        } else {
+            out += {'\\', 'x', "0123456789abcdef"[c >> 4], "0123456789abcdef"[c & 15]};
+        }
+    }
+    return out;
+}
+
+}  // namespace rpmtest
+
+#endif
