@@ -1,6 +1,7 @@
 #include "cross/dpkg/DpkgPackage.h"
 
 #include <cstring>
+#include <utility>
 
 #include "RegPluginConstants.h"
 #include "common/PluginTrace.h"
@@ -66,24 +67,24 @@ bool DpkgPackage::isInstalled() {
     return installed != 0;
 }
 
-void DpkgPackage::setName(const PluginSDK::String& value) {
-    store(nameProperty(), value);
+void DpkgPackage::setName(PluginSDK::String value) {
+    store(nameProperty(), std::move(value));
 }
 
-void DpkgPackage::setVersion(const PluginSDK::String& value) {
-    store(displayVersionProperty(), value);
-    store(versionProperty(), value);
+void DpkgPackage::setVersion(PluginSDK::String value) {
+    store(displayVersionProperty(), PluginSDK::String(value));
+    store(versionProperty(), std::move(value));
 }
 
-void DpkgPackage::setDescription(const PluginSDK::String& value) {
-    store(descriptionProperty(), value);
+void DpkgPackage::setDescription(PluginSDK::String value) {
+    store(descriptionProperty(), std::move(value));
 }
 
-void DpkgPackage::store(const PluginSDK::String& name, const PluginSDK::String& value) {
+void DpkgPackage::store(const PluginSDK::String& name, PluginSDK::String&& value) {
     // Properties set in name order (as the loader does) go straight to the end of
-    // the map, with one comparison each.
+    // the map.
     if (properties.empty() || properties.rbegin()->first < name) {
-        properties.emplace_hint(properties.end(), name, value);
+        properties.emplace_hint(properties.end(), name, std::move(value));
     } else {
         setProperty(name, value);
     }

@@ -34,15 +34,16 @@ class DpkgPackage : public RegistryPackage {
     // is modified.
     TErrorCode handle_field(std::string& name, std::string& value);
 
-    // True once a "Status" value containing " installed" was stored.
+    // True once a "Status" value containing " installed" was stored (or setInstalled
+    // was called).
     bool isInstalled();
 
     // What handle_field does for each field, for callers that already hold the
     // converted value. setVersion stores `value` as version and displayVersion.
     // Cheapest when called in property-name order: description, version, name.
-    void setName(const PluginSDK::String& value);
-    void setVersion(const PluginSDK::String& value);
-    void setDescription(const PluginSDK::String& value);
+    void setName(PluginSDK::String value);
+    void setVersion(PluginSDK::String value);
+    void setDescription(PluginSDK::String value);
     void setInstalled();
 
     // True when the `length` bytes at `status` contain " installed".
@@ -52,8 +53,8 @@ class DpkgPackage : public RegistryPackage {
     static const PluginSDK::String& providerTag();
 
   private:
-    // setProperty, faster when `name` sorts after every stored name.
-    void store(const PluginSDK::String& name, const PluginSDK::String& value);
+    // setProperty, faster when `name` sorts after every stored name; takes `value`.
+    void store(const PluginSDK::String& name, PluginSDK::String&& value);
 
     int32_t installed;  // 0 or 1
 };
