@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Installs what building and testing need. Safe to run again.
 set -euo pipefail
-packages=(cmake g++ make libgtest-dev libexpat1-dev nlohmann-json3-dev rpm dpkg time util-linux)
+packages=(cmake g++ make libgtest-dev libexpat1-dev nlohmann-json3-dev rpm dpkg time util-linux
+          python3)
 missing=()
 for p in "${packages[@]}"; do
     dpkg-query -W -f '${Status}' "$p" 2>/dev/null | grep -q ' installed$' || missing+=("$p")
