@@ -49,21 +49,8 @@ fi
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
 
-# run NAME COMMAND...: one timed run; appends "seconds kilobytes" to $scratch/NAME.
-run() {
-    local name=$1
-    shift
-    local start=$EPOCHREALTIME
-    /usr/bin/time -f '%M' -o "$scratch/rss" "$@" >/dev/null
-    local end=$EPOCHREALTIME
-    echo "$start $end $(cat "$scratch/rss")" | awk '{ print $2 - $1, $3 }' >>"$scratch/$name"
-}
-
-# median NAME COLUMN
-median() {
-    sort -g -k"$2","$2" "$scratch/$1" | awk -v c="$2" '{ v[NR] = $c }
-        END { print (NR % 2) ? v[(NR + 1) / 2] : (v[NR / 2] + v[NR / 2 + 1]) / 2 }'
-}
+# shellcheck source=timing.sh
+source "$here/timing.sh"
 
 # Warm the page cache and the database, then take turns.
 sh -c "$command >/dev/null"
