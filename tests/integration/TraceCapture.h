@@ -1,5 +1,4 @@
-// Sends every trace line of levels 1 to 3 into memory for the life of the object,
-// then restores the previous level and the stream output.
+// Sends trace lines of every level into memory for the life of the object.
 #ifndef REGSCAN_TESTS_INTEGRATION_TRACECAPTURE_H
 #define REGSCAN_TESTS_INTEGRATION_TRACECAPTURE_H
 
@@ -15,9 +14,6 @@ class TraceCapture {
         Tracer::setLevel(m_previousLevel);
         Tracer::setSink(nullptr);
     }
-    TraceCapture(const TraceCapture&) = delete;
-    TraceCapture& operator=(const TraceCapture&) = delete;
-
     MemoryTraceSink& sink() { return m_sink; }
 
   private:

@@ -15,26 +15,15 @@ std::string str(const String& s) {
     return static_cast<const char*>(s);
 }
 
-std::string joined(const ObjectArray<String>& names) {
-    std::string out;
-    for (int i = 0; i < names.size(); ++i) {
-        out += (i == 0 ? "" : ",") + str(names[i]);
-    }
-    return out;
-}
-
 class FileTreeTest : public ::testing::Test {
   protected:
+    // Files b, a.txt, "\xC3\xA9"; directories dir, "z dir"; links to each and a dangling one.
     void SetUp() override {
         char pattern[] = "/tmp/filetest.XXXXXX";
         ASSERT_NE(nullptr, ::mkdtemp(pattern));
         m_root = pattern;
-        // b, a.txt (files), "z dir", dir (directories), "\xC3\xA9" (file, UTF-8 name),
-        // link-dir -> dir, link-file -> b, dangling -> missing.
         for (const char* name : {"b", "a.txt", "\xC3\xA9"}) {
-            std::FILE* f = std::fopen((m_root + "/" + name).c_str(), "w");
-            ASSERT_NE(nullptr, f);
-            std::fclose(f);
+            std::fclose(std::fopen((m_root + "/" + name).c_str(), "w"));
         }
         ASSERT_EQ(0, ::mkdir((m_root + "/dir").c_str(), 0755));
         ASSERT_EQ(0, ::mkdir((m_root + "/z dir").c_str(), 0755));
@@ -42,11 +31,7 @@ class FileTreeTest : public ::testing::Test {
         ASSERT_EQ(0, ::symlink("b", (m_root + "/link-file").c_str()));
         ASSERT_EQ(0, ::symlink("missing", (m_root + "/dangling").c_str()));
     }
-    void TearDown() override {
-        if (!m_root.empty()) {
-            std::system(("rm -rf '" + m_root + "'").c_str());
-        }
-    }
+    void TearDown() override { std::system(("rm -rf '" + m_root + "'").c_str()); }
     std::string m_root;
 };
 
@@ -55,77 +40,45 @@ TEST_F(FileTreeTest, ListSelectsByTypeInByteOrder) {
         File::ListTypes type;
         const char* expected;
     } cases[] = {
-        {File::LIST_ALL, "a.txt,b,dangling,dir,link-dir,link-file,z dir,\xC3\xA9"},
-        {File::LIST_FILES, "a.txt,b,dangling,link-file,\xC3\xA9"},
-        {File::LIST_DIRECTORIES, "dir,link-dir,z dir"},
+        {File::LIST_ALL, "kept,a.txt,b,dangling,dir,link-dir,link-file,z dir,\xC3\xA9"},
+        {File::LIST_FILES, "kept,a.txt,b,dangling,link-file,\xC3\xA9"},
+        {File::LIST_DIRECTORIES, "kept,dir,link-dir,z dir"},
     };
     for (const auto& c : cases) {
         ObjectArray<String> names;
         names.add(String(L"kept"));
         EXPECT_EQ(0, File(m_root.c_str()).list(names, c.type)) << "type " << c.type;
-        EXPECT_EQ(std::string("kept,") + c.expected, joined(names)) << "type " << c.type;
+        std::string got;
+        for (int i = 0; i < names.size(); ++i) {
+            got += (i == 0 ? "" : ",") + str(names[i]);
+        }
+        EXPECT_EQ(c.expected, got) << "type " << c.type;
     }
-}
-
-TEST_F(FileTreeTest, ListOfMissingOrNonDirectoryReturnsErrno) {
     ObjectArray<String> names;
     EXPECT_EQ(ENOENT, File(m_root.c_str(), "nope").list(names, File::LIST_ALL));
     EXPECT_EQ(ENOTDIR, File(m_root.c_str(), "b").list(names, File::LIST_ALL));
+    EXPECT_EQ(0, File(m_root.c_str(), "dir").list(names, File::LIST_ALL));
     EXPECT_TRUE(names.isEmpty());
-    ObjectArray<String> empty;
-    EXPECT_EQ(0, File(m_root.c_str(), "dir").list(empty, File::LIST_ALL));
-    EXPECT_TRUE(empty.isEmpty());
 }
 
 TEST_F(FileTreeTest, QueriesFollowLinks) {
-    const struct {
-        const char* name;
-        bool exists, isFile, isDirectory;
-    } cases[] = {
-        {"b", true, true, false},          {"dir", true, false, true},
-        {"link-dir", true, false, true},   {"link-file", true, true, false},
-        {"dangling", false, false, false}, {"nope", false, false, false},
-        {"\xC3\xA9", true, true, false},
-    };
-    for (const auto& c : cases) {
-        const File file(String(m_root.c_str()), String(c.name));
-        EXPECT_EQ(c.exists, file.exists()) << c.name;
-        EXPECT_EQ(c.isFile, file.isFile()) << c.name;
-        EXPECT_EQ(c.isDirectory, file.isDirectory()) << c.name;
-    }
+    EXPECT_TRUE(File(String(m_root.c_str()), String("link-dir")).isDirectory());
+    EXPECT_TRUE(File(String(m_root.c_str()), String("link-file")).isFile());
+    const File dangling(String(m_root.c_str()), String("dangling"));
+    EXPECT_FALSE(dangling.exists() || dangling.isFile() || dangling.isDirectory());
 }
 
-TEST(FileTest, JoinsDirectoryAndName) {
-    const struct {
-        const char* dir;
-        const char* name;
-        const char* expected;
-    } cases[] = {
-        {"/opt/app", "properties/version", "/opt/app/properties/version"},
-        {"/opt/app/", "x", "/opt/app/x"},
-        {"/", "etc", "/etc"},
-        {"", "x", "x"},
-        {"rel", "x", "rel/x"},
-    };
-    for (const auto& c : cases) {
-        EXPECT_EQ(c.expected, str(File(c.dir, c.name).getPath())) << c.dir << " + " << c.name;
-        EXPECT_EQ(
-            c.expected,
-            str(File(String(c.dir).getWideString(), String(c.name).getWideString()).getPath()));
-    }
-}
-
-TEST(FileTest, GetParent) {
+TEST(FileTest, JoinAndParent) {
+    EXPECT_EQ("/opt/app/x", str(File("/opt/app/", "x").getPath()));
+    EXPECT_EQ("x", str(File("", "x").getPath()));
     const struct {
         const char* path;
-        const char* expected;
+        const char* parent;
     } cases[] = {
-        {"/a/b", "/a"}, {"/a/b/", "/a"}, {"/a//b", "/a"}, {"/a/b//", "/a"},
-        {"/a", "/"},    {"/", "/"},      {"//", "/"},     {"a", ""},
-        {"a/b", "a"},   {"", ""},        {"//a", "/"},    {"a/", ""},
+        {"/a/b/", "/a"}, {"/a//b", "/a"}, {"/a", "/"}, {"//", "/"}, {"a/", ""},
     };
     for (const auto& c : cases) {
-        EXPECT_EQ(c.expected, str(File(c.path).getParent())) << "path: \"" << c.path << "\"";
+        EXPECT_EQ(c.parent, str(File(c.path).getParent())) << "path: \"" << c.path << "\"";
     }
 }
 
@@ -135,22 +88,12 @@ TEST(FileTest, NormalizePath) {
         const char* expected;
     } cases[] = {
         {"", ""},
-        {"/", "/"},
         {"/..", "/"},
-        {"/../a", "/a"},
-        {"/a/b/../c", "/a/c"},
         {"/a/./b//c", "/a/b/c"},
-        {"//a///b", "/a/b"},
-        {"/a/b/", "/a/b/"},
-        {"/a/b/..", "/a"},
-        {"/a/b/../", "/a/"},
         {"/a/..", "/"},
-        {"a/../..", ".."},
-        {"../../a", "../../a"},
         {"a/../../b", "../b"},
-        {"./a", "a"},
+        {"../../a", "../../a"},
         {"a/..", "."},
-        {".", "."},
         {"/opt/app/bin/../lib/./x", "/opt/app/lib/x"},
         {"/caf\xC3\xA9/../x", "/x"},
     };

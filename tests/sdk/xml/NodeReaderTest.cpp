@@ -1,15 +1,12 @@
 #include "xml/NodeReader.h"
 
 #include <gtest/gtest.h>
-#include <stdlib.h>
 #include <unistd.h>
 
 #include <chrono>
-#include <cstring>
+#include <cstdlib>
 #include <fstream>
 #include <memory>
-#include <new>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -33,38 +30,27 @@ std::string describe(const Node& node) {
             break;
     }
     std::string out = narrow(node.getName());
-    std::string separator = "{";
+    const char* separator = "{";
     for (const auto& entry : node.getAttributes().entries()) {
         out += separator + narrow(String(entry.first)) + "=" + narrow(String(entry.second));
         separator = ",";
     }
-    out += separator == "{" ? "" : "}";
+    out += *separator == ',' ? "}" : "";
     const std::list<Node*>* children = nullptr;
-    if (node.getChildren(&children) == 0 && !children->empty()) {
-        separator = "(";
-        for (const Node* child : *children) {
-            out += separator + describe(*child);
-            separator = " ";
-        }
-        out += ")";
+    node.getChildren(&children);
+    for (const Node* child : *children) {
+        out += (child == children->front() ? "(" : " ") + describe(*child);
     }
-    return out;
+    return out + (children->empty() ? "" : ")");
 }
 
 struct RecordingSink : NodeSink {
     int onNodeTree(Node* node) override {
         tree.reset(node);
-        ++trees;
         return 0;
     }
     int onWarning(const String& message, int line) override {
         warnings.push_back(narrow(message) + "@" + std::to_string(line));
-        if (throwOnWarning == 1) {
-            throw std::bad_alloc();
-        }
-        if (throwOnWarning == 2) {
-            throw std::runtime_error("sink failed");
-        }
         return warningResult;
     }
     int onError(const String& message, int line) override {
@@ -72,18 +58,12 @@ struct RecordingSink : NodeSink {
         errorLine = line;
         return 0;
     }
-    int onCriticalError(const String& message, int line) override {
-        critical.push_back(narrow(message));
-        errorLine = line;
-        return 0;
-    }
+    int onCriticalError(const String& message, int line) override { return onError(message, line); }
 
     std::unique_ptr<Node> tree;
-    int trees = 0;
     int errorLine = -1;
     int warningResult = 0;
-    int throwOnWarning = 0;  // 1: std::bad_alloc, 2: std::runtime_error
-    std::vector<std::string> warnings, errors, critical;
+    std::vector<std::string> warnings, errors;
 };
 
 class NodeReaderTest : public ::testing::Test {
@@ -93,17 +73,11 @@ class NodeReaderTest : public ::testing::Test {
         ASSERT_NE(mkdtemp(pattern), nullptr);
         m_dir = pattern;
     }
-    void TearDown() override {
-        for (const std::string& path : m_files) {
-            unlink(path.c_str());
-        }
-        rmdir(m_dir.c_str());
-    }
+    void TearDown() override { std::system(("rm -rf '" + m_dir + "'").c_str()); }
 
     std::string write(const std::string& name, const std::string& bytes) {
         std::string path = m_dir + "/" + name;
         std::ofstream(path, std::ios::binary) << bytes;
-        m_files.push_back(path);
         return path;
     }
     int parse(const std::string& bytes) {
@@ -113,7 +87,6 @@ class NodeReaderTest : public ::testing::Test {
 
     RecordingSink sink;
     std::string m_dir;
-    std::vector<std::string> m_files;
 };
 
 TEST_F(NodeReaderTest, BuildsTheTreeAsWritten) {
@@ -122,7 +95,6 @@ TEST_F(NodeReaderTest, BuildsTheTreeAsWritten) {
         const char* tree;
     } cases[] = {
         {"<v>1.0<!--c-->.2</v>", "v(\"1.0\" <!--c--> \".2\")"},
-        {"<r>a<b/>c</r>", "r(\"a\" b \"c\")"},
         {"<r>a<![CDATA[<b>&amp;]]>c<![CDATA[]]></r>", "r(\"a\" \"<b>&amp;\" \"c\" \"\")"},
         {"<r b=\"2\" a='1 &amp; &lt;'/>", "r{a=1 & <,b=2}"},
         {"<r>\n  <a> x </a>\n</r>", "r(\"\n  \" a(\" x \") \"\n\")"},
@@ -131,7 +103,6 @@ TEST_F(NodeReaderTest, BuildsTheTreeAsWritten) {
         {"<?xml version=\"1.0\"?><!--out--><?pi x?><r><?t data?></r><!--after-->", "r(<?t data?>)"},
         {"<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?><r a='\xe9'>\xe9</r>",
          "r{a=\xc3\xa9}(\"\xc3\xa9\")"},
-        {"<ns:r xmlns:ns='u'/>", "ns:r{xmlns:ns=u}"},
     };
     for (const auto& c : cases) {
         sink.tree.reset();
@@ -151,33 +122,21 @@ TEST_F(NodeReaderTest, RefusesBadDocumentsWithTheirLine) {
         "<!ENTITY e \"&d;&d;&d;&d;&d;&d;&d;&d;&d;&d;&d;&d;&d;&d;&d;&d;\">"
         "<!ENTITY f \"&e;&e;&e;&e;&e;&e;&e;&e;&e;&e;&e;&e;&e;&e;&e;&e;\">"
         "<!ENTITY g \"&f;&f;&f;&f;&f;&f;&f;&f;&f;&f;&f;&f;&f;&f;&f;&f;\">]>\n<r>&g;</r>";
-    std::string blowup = "<!DOCTYPE r [<!ENTITY x \"" + std::string(20000, 'x') + "\">]>\n<r>";
-    for (int i = 0; i < 20000; ++i) {
-        blowup += "&x;";
-    }
-    blowup += "</r>";
     const struct {
         std::string xml;
         int line;
         const char* reason;
     } cases[] = {
         {"<r>\n<a>\n</r>", 3, "mismatched tag"},
-        {"<r>\n</r>\n<r/>", 3, "junk after document element"},
         {"", 1, "no element found"},
-        {"<r>\n<a>text", 2, "no element found"},
         {"<r>\n&nope;</r>", 2, "undefined entity"},
         {"<r>\n\xff</r>", 2, "not well-formed"},
-        {"<r a='\xc3\x28'/>", 1, "not well-formed"},
-        {"<r>\xc0\xaf</r>", 1, "not well-formed"},
-        {"<r>\xed\xa0\x80</r>", 1, "not well-formed"},
-        {"<r>\xe2\x82", 1, ""},
         {laughs, 2, "amplification"},
-        {blowup, 2, "amplification"},
     };
     for (const auto& c : cases) {
-        std::string shown = c.xml.substr(0, 40);
+        const std::string shown = c.xml.substr(0, 40);
         sink.errors.clear();
-        auto start = std::chrono::steady_clock::now();
+        const auto start = std::chrono::steady_clock::now();
         EXPECT_EQ(parse(c.xml), NodeReader::STATUS_PARSE_ERROR) << shown;
         EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5)) << shown;
         EXPECT_EQ(sink.tree, nullptr) << shown;
@@ -193,93 +152,66 @@ TEST_F(NodeReaderTest, FileThatCannotBeOpenedIsAnIoError) {
         sink.errors.clear();
         NodeReader reader(sink);
         EXPECT_EQ(reader.process(path.c_str(), 0), NodeReader::STATUS_IO_ERROR) << path;
-        EXPECT_EQ(reader.getStatus(), NodeReader::STATUS_IO_ERROR) << path;
         ASSERT_EQ(sink.errors.size(), 1u) << path;
         EXPECT_NE(sink.errors[0].find(path), std::string::npos) << sink.errors[0];
         EXPECT_EQ(sink.errorLine, 0) << path;
-        EXPECT_EQ(sink.tree, nullptr) << path;
     }
     EXPECT_NE(sink.errors[0].find("not a regular file"), std::string::npos) << sink.errors[0];
-    NodeReader reader(sink);
-    reader.process((m_dir + "/missing.xml").c_str(), 0);
-    EXPECT_NE(sink.errors.back().find("No such file or directory"), std::string::npos);
 }
 
-TEST_F(NodeReaderTest, NeverReadsExternalEntities) {
-    std::string secret = write("secret.xml", "<leak>SECRET</leak>");
-    std::string dtd = write("secret.dtd", "<!ENTITY y '<leak>SECRET</leak>'>");
+TEST_F(NodeReaderTest, NeverReadsExternalEntitiesAndWarningsCanStop) {
+    const std::string secret = write("secret.xml", "<leak>SECRET</leak>");
+    const std::string dtd = write("secret.dtd", "<!ENTITY y '<leak>SECRET</leak>'>");
     const struct {
         std::string xml;
         const char* tree;
-        const char* warning;  // the entity and the line, or null
+        const char* warning;  // the warning's end: entity and line, or null
     } cases[] = {
         {"<!DOCTYPE r [<!ENTITY x SYSTEM 'file://" + secret + "'>]><r>&x;</r>", "r", nullptr},
-        {"<!DOCTYPE r [<!ENTITY x SYSTEM '" + secret + "'>]><r>&x;</r>", "r", nullptr},
-        {"<!DOCTYPE r SYSTEM '" + dtd + "'><r>\n&y;</r>", "r(\"\n\")", "&y;:2"},
-        {"<!DOCTYPE r [<!ENTITY % p SYSTEM '" + dtd + "'> %p;]><r>&y;</r>", "r", "&y;:1"},
+        {"<!DOCTYPE r SYSTEM '" + dtd + "'><r>\n&y;</r>", "r(\"\n\")", "&y;@2"},
+        {"<!DOCTYPE r [<!ENTITY % p SYSTEM '" + dtd + "'> %p;]><r>&y;</r>", "r", "&y;@1"},
     };
     for (const auto& c : cases) {
         sink.warnings.clear();
         ASSERT_EQ(parse(c.xml), NodeReader::STATUS_OK) << c.xml;
         EXPECT_EQ(describe(*sink.tree), c.tree) << c.xml;
+        ASSERT_EQ(sink.warnings.size(), c.warning ? 1u : 0u) << c.xml;
         if (c.warning != nullptr) {
-            ASSERT_EQ(sink.warnings.size(), 1u) << c.xml;
-            std::string entity(c.warning, std::strchr(c.warning, ':'));
-            EXPECT_NE(sink.warnings[0].find(entity), std::string::npos) << sink.warnings[0];
-            EXPECT_EQ(sink.warnings[0].substr(sink.warnings[0].rfind('@') + 1),
-                      std::strchr(c.warning, ':') + 1)
-                << sink.warnings[0];
-        } else {
-            EXPECT_TRUE(sink.warnings.empty()) << c.xml;
+            const std::string& w = sink.warnings[0];
+            EXPECT_NE(w.find(std::string(c.warning, 3)), std::string::npos) << w;
+            EXPECT_EQ(w.substr(w.rfind('@')), c.warning + 3) << w;
         }
     }
-}
-
-TEST_F(NodeReaderTest, SinkCanStopTheParseFromAWarning) {
-    const std::string xml = "<!DOCTYPE r SYSTEM 'none.dtd'><r><a/>&y;<b/></r>";
+    // The sink can stop the parse from a warning.
+    sink.tree.reset();
     sink.warningResult = 1;
-    EXPECT_EQ(parse(xml), NodeReader::STATUS_PARSE_ERROR);
+    EXPECT_EQ(parse("<!DOCTYPE r SYSTEM 'none.dtd'><r><a/>&y;<b/></r>"),
+              NodeReader::STATUS_PARSE_ERROR);
     EXPECT_EQ(sink.tree, nullptr);
     EXPECT_TRUE(sink.errors.empty());
-
-    sink.throwOnWarning = 1;
-    EXPECT_EQ(parse(xml), NodeReader::STATUS_PARSE_ERROR);
-    EXPECT_EQ(sink.critical.size(), 1u);
-    EXPECT_EQ(sink.tree, nullptr);
-
-    sink.throwOnWarning = 2;
-    NodeReader reader(sink);
-    EXPECT_THROW(reader.process(write("doc.xml", xml).c_str(), 0), std::runtime_error);
-    EXPECT_EQ(reader.getStatus(), NodeReader::STATUS_PARSE_ERROR);
-    EXPECT_EQ(sink.tree, nullptr);
 }
 
 TEST_F(NodeReaderTest, LargeTextAcrossChunksIsOneNode) {
-    std::string text;
+    std::string text, expected;
     while (text.size() < 300000) {
         text += "\xc3\xa9\xe2\x82\xac\xf0\x9d\x84\x9e&amp;";
+        expected += "\xc3\xa9\xe2\x82\xac\xf0\x9d\x84\x9e&";
     }
     ASSERT_EQ(parse("<r>" + text + "</r><!-- trailing -->"), NodeReader::STATUS_OK);
     const std::list<Node*>* children = nullptr;
     ASSERT_EQ(sink.tree->getChildren(&children), 0);
     ASSERT_EQ(children->size(), 1u);
-    std::string expected;
-    for (std::size_t at = 0; at < text.size(); at = text.find('&', at) + 5) {
-        expected += text.substr(at, text.find('&', at) - at) + "&";
-    }
     EXPECT_EQ(narrow(children->front()->getValue()), expected);
 }
 
 TEST_F(NodeReaderTest, DeepNestingIsBuiltAndFreed) {
     const int depth = 100000;
-    std::string xml;
+    std::string open, close;
     for (int i = 0; i < depth; ++i) {
-        xml += "<a>";
+        open += "<a>";
+        close += "</a>";
     }
-    xml += "x";
-    for (int i = 0; i < depth; ++i) {
-        xml += "</a>";
-    }
+    const std::string xml = open + "x" + close;
     ASSERT_EQ(parse(xml), NodeReader::STATUS_OK);
     int levels = 0;
     const Node* node = sink.tree.get();
@@ -292,6 +224,15 @@ TEST_F(NodeReaderTest, DeepNestingIsBuiltAndFreed) {
     EXPECT_EQ(narrow(node->getValue()), "x");
     // The last end tag missing: the partial tree of full depth is freed.
     EXPECT_EQ(parse(xml.substr(0, xml.size() - 4)), NodeReader::STATUS_PARSE_ERROR);
+}
+
+TEST(NodeTest, AppendValueTakesTheGivenLength) {
+    Node text(Node::TEXT, "#text");
+    text.appendValue(L"abc", 2);
+    text.appendValue(nullptr, 3);
+    text.appendValue(L"c\0d", 3);
+    EXPECT_EQ(text.getValue().wide(), std::wstring(L"abc\0d", 5));
+    EXPECT_EQ(text.getChildren(nullptr), 1);
 }
 
 }  // namespace

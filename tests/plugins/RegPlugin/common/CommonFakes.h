@@ -10,7 +10,6 @@
 
 #include "RegPluginConstants.h"
 #include "common/PreloadedDataProvider.h"
-#include "common/UnpreloadedDataProvider.h"
 #include "trace/Tracer.h"
 
 namespace PluginSDK {
@@ -29,13 +28,13 @@ using Registry = std::vector<std::pair<const wchar_t*, RegistryPackage::Type>>;
 class FakePackage : public RegistryPackage {
   public:
     explicit FakePackage(const wchar_t* key, Type kind = PRODUCT, int* destroyed = nullptr)
-        : RegistryPackage(key, L"FAKE"), m_destroyed(destroyed) {
+        : RegistryPackage(key, L"FAKE"), destroyed(destroyed) {
         type = kind;
         setProperty(L"name", key);
     }
     ~FakePackage() override {
-        if (m_destroyed)
-            ++*m_destroyed;
+        if (destroyed)
+            ++*destroyed;
     }
     TErrorCode retrieveProperty(const PluginSDK::String& name) override {
         ++retrieveCalls;
@@ -45,9 +44,7 @@ class FakePackage : public RegistryPackage {
     std::map<PluginSDK::String, PluginSDK::String> lazy;
     TErrorCode retrieveResult = REG_PLUGIN_ERROR_PROPERTY_NOT_FOUND;
     int retrieveCalls = 0;
-
-  private:
-    int* m_destroyed;
+    int* destroyed;
 };
 
 // load() adds `registry`, then returns `loadResult`.
@@ -57,9 +54,8 @@ class FakePreloadedProvider : public RegPlugin::PreloadedDataProvider {
         : registry(std::move(r)), loadResult(result) {}
     TErrorCode load() override {
         ++loadCalls;
-        for (const auto& [key, kind] : registry) {
+        for (const auto& [key, kind] : registry)
             add(new FakePackage(key, kind));
-        }
         return loadResult;
     }
     Registry registry;
@@ -67,55 +63,6 @@ class FakePreloadedProvider : public RegPlugin::PreloadedDataProvider {
     int loadCalls = 0;
 };
 
-// get() makes a package (keyed `madeKey`, or the asked key) for a key in `registry`.
-class FakeUnpreloadedProvider : public RegPlugin::UnpreloadedDataProvider {
-  public:
-    explicit FakeUnpreloadedProvider(Registry r) : registry(std::move(r)) {}
-    TErrorCode enumerate(RegistryPackage::Type type, PluginSDK::StringVector& keys) override {
-        for (const auto& [key, kind] : registry) {
-            if (type == RegistryPackage::ANY || kind == type)
-                keys.addString(key);
-        }
-        return 0;
-    }
-    TErrorCode get(const PluginSDK::String& key, RegistryPackage*& package) override {
-        ++getCalls;
-        if (getResult == 0 && holds(key))
-            package = new FakePackage(madeKey ? madeKey : key.c_str());
-        return getResult;
-    }
-    TErrorCode exists(const PluginSDK::String& key, bool& found) override {
-        ++existsCalls;
-        found = holds(key);
-        return existsResult;
-    }
-    bool holds(const PluginSDK::String& key) const {
-        for (const auto& entry : registry) {
-            if (key == entry.first)
-                return true;
-        }
-        return false;
-    }
-    Registry registry;
-    TErrorCode getResult = 0, existsResult = 0;
-    const wchar_t* madeKey = nullptr;
-    int getCalls = 0, existsCalls = 0;
-};
-
-// getPackage answers `getResult` and `package` (not owned) for every key.
-class ScriptedProvider : public RegPlugin::RegistryDataProvider {
-  public:
-    TErrorCode enumPackages(RegistryPackage::Type, PluginSDK::StringVector&) override { return 0; }
-    TErrorCode getPackage(const PluginSDK::String&, RegistryPackage** out) override {
-        *out = package;
-        return getResult;
-    }
-    TErrorCode packageExists(const PluginSDK::String&, bool&) override { return 0; }
-    TErrorCode getResult = 0;
-    RegistryPackage* package = nullptr;
-};
-
-// Captures every trace line written during its lifetime.
 struct TraceCapture {
     TraceCapture() {
         Tracer::setSink(&sink);

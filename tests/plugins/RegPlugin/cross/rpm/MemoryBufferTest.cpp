@@ -2,42 +2,31 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <climits>
 #include <cstdio>
 #include <cstring>
-#include <sstream>
 #include <string>
-#include <vector>
 
 namespace {
 
 using RegPlugin::MemoryBuffer;
 
 TEST(MemoryBufferTest, ResizeRoundsToStepsAndZeroesTheTail) {
-    struct Case {
-        const char* what;
-        unsigned int initial, step, filled, newSize;
-        unsigned int expectedSize;
-        unsigned int keptBytes;  // leading bytes that keep the fill; the rest are 0
-    };
-    const std::vector<Case> cases = {
-        {"rounds up to the step", 0, 8, 0, 10, 16, 0},
-        {"an exact multiple stays", 0, 8, 0, 16, 16, 0},
-        {"shrinking clears beyond the request", 16, 8, 16, 5, 8, 5},
-        {"growing zero-fills the new bytes", 8, 8, 8, 20, 24, 8},
-        {"same capacity still clears beyond the request", 16, 8, 16, 11, 16, 11},
-        {"a step of one", 0, 1, 0, 3, 3, 0},
-    };
-    for (const Case& c : cases) {
+    const struct {
+        unsigned int initial, step, newSize, expectedSize;
+    } cases[] = {{0, 8, 10, 16}, {0, 8, 16, 16}, {16, 8, 5, 8}, {8, 8, 20, 24}, {16, 8, 11, 16}};
+    for (const auto& c : cases) {
+        const std::string label = std::to_string(c.initial) + "/" + std::to_string(c.step) +
+                                  " -> " + std::to_string(c.newSize);
         MemoryBuffer buffer(c.initial, c.step);
-        if (c.filled != 0) {
-            std::memset(buffer.data, 0xab, c.filled);
-        }
-        ASSERT_NE(buffer.resize(c.newSize), nullptr) << c.what;
-        EXPECT_EQ(buffer.size, c.expectedSize) << c.what;
-        for (unsigned int i = 0; i < buffer.size; ++i) {
-            EXPECT_EQ(buffer.data[i], i < c.keptBytes ? 0xab : 0) << c.what << ", byte " << i;
-        }
+        if (c.initial != 0)
+            std::memset(buffer.data, 0xab, c.initial);
+        ASSERT_NE(buffer.resize(c.newSize), nullptr) << label;
+        EXPECT_EQ(buffer.size, c.expectedSize) << label;
+        const unsigned int kept = std::min(c.initial, c.newSize);  // the rest is zero
+        for (unsigned int i = 0; i < buffer.size; ++i)
+            EXPECT_EQ(buffer.data[i], i < kept ? 0xab : 0) << label << ", byte " << i;
     }
 }
 
@@ -45,7 +34,6 @@ TEST(MemoryBufferTest, EmptyBuffersAndRefusedSizes) {
     MemoryBuffer empty(0, 4096);
     EXPECT_EQ(empty.data, nullptr);
     EXPECT_EQ(empty.zero(), nullptr);
-
     MemoryBuffer buffer(10, 4096);
     buffer.data[0] = 'x';
     // Rounded up, UINT_MAX would need 33 bits: refused, buffer untouched.
@@ -60,25 +48,16 @@ TEST(MemoryBufferTest, EmptyBuffersAndRefusedSizes) {
 
 TEST(MemoryBufferTest, DumpPrintsNineBytesThenEightPerLine) {
     MemoryBuffer buffer(20, 4);
-    for (unsigned int i = 0; i < buffer.size; ++i) {
+    for (unsigned int i = 0; i < buffer.size; ++i)
         buffer.data[i] = static_cast<unsigned char>('a' + i);
-    }
     testing::internal::CaptureStdout();
     EXPECT_GT(buffer.dump(), 0);
     std::fflush(stdout);
-    const std::string out = testing::internal::GetCapturedStdout();
-
-    std::vector<std::string> lines;
-    std::istringstream stream(out);
-    for (std::string line; std::getline(stream, line);) {
-        lines.push_back(line);
-    }
-    ASSERT_EQ(lines.size(), 4u) << out;
-    EXPECT_EQ(lines[0], "size: 20 (step 4)");
-    EXPECT_EQ(lines[1], "61 (a) 62 (b) 63 (c) 64 (d) 65 (e) 66 (f) 67 (g) 68 (h) 69 (i) ");
-    EXPECT_EQ(lines[2].size(), 8 * std::strlen("6a (j) ")) << lines[2];
-    EXPECT_EQ(lines[3], "72 (r) 73 (s) 74 (t) ");
-    EXPECT_EQ(out.back(), '\n');
+    EXPECT_EQ(testing::internal::GetCapturedStdout(),
+              "size: 20 (step 4)\n"
+              "61 (a) 62 (b) 63 (c) 64 (d) 65 (e) 66 (f) 67 (g) 68 (h) 69 (i) \n"
+              "6a (j) 6b (k) 6c (l) 6d (m) 6e (n) 6f (o) 70 (p) 71 (q) \n"
+              "72 (r) 73 (s) 74 (t) \n");
 }
 
 }  // namespace

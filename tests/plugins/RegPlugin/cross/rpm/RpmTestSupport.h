@@ -15,19 +15,18 @@ namespace rpmtest {
 // Sends every trace line into memory while it lives.
 class TraceCapture {
   public:
-    TraceCapture() : m_previousLevel(Tracer::getLevel()) {
+    TraceCapture() {
         Tracer::setSink(&m_sink);
         Tracer::setLevel(Tracer::MAX_LEVEL);
     }
     ~TraceCapture() {
-        Tracer::setLevel(m_previousLevel);
+        Tracer::setLevel(0);
         Tracer::setSink(nullptr);
     }
     MemoryTraceSink& sink() { return m_sink; }
 
   private:
     MemoryTraceSink m_sink;
-    int m_previousLevel;
 };
 
 // A private directory, removed with its files.
@@ -55,11 +54,10 @@ class TempDir {
 inline std::string printable(const std::string& text) {
     std::string out;
     for (unsigned char c : text.substr(0, 300)) {
-        if (c >= 0x20 && c < 0x7f) {
+        if (c >= 0x20 && c < 0x7f)
             out += static_cast<char>(c);
-        } else {
+        else
             out += {'\\', 'x', "0123456789abcdef"[c >> 4], "0123456789abcdef"[c & 15]};
-        }
     }
     return out;
 }

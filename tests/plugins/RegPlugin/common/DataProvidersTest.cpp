@@ -1,0 +1,232 @@
+#include <gtest/gtest.h>
+
+#include "CommonFakes.h"
+#include "common/UnpreloadedDataProvider.h"
+
+namespace RegPluginTest {
+namespace {
+
+TEST(RegistryPackageTest, GetPropertyFindsStoredOrRetrievedValuesOnly) {
+    const struct {
+        const char* what;
+        const wchar_t *stored, *lazy;
+        TErrorCode retrieveResult, expected;
+        const wchar_t* value;
+    } cases[] = {
+        {"stored", L"1.0", nullptr, -1, 0, L"1.0"},
+        {"stored empty", L"", nullptr, -1, 0, L""},
+        {"retrieved lazily", nullptr, L"2.0", 0, 0, L"2.0"},
+        {"retrieve error", nullptr, nullptr, -13999, -13999, L"old"},
+        {"retrieve 0, nothing stored", nullptr, nullptr, 0, REG_PLUGIN_ERROR_PROPERTY_NOT_FOUND,
+         L"old"},
+    };
+    for (const auto& c : cases) {
+        FakePackage package(L"key");
+        package.retrieveResult = c.retrieveResult;
+        if (c.stored)
+            package.setProperty(L"version", c.stored);
+        if (c.lazy)
+            package.lazy[L"version"] = c.lazy;
+        PluginSDK::String value(L"old");
+        EXPECT_EQ(package.getProperty(L"version", value), c.expected) << c.what;
+        EXPECT_EQ(value, c.value) << c.what;
+        EXPECT_EQ(package.getProperty(L"version", value), c.expected) << c.what << ", again";
+        EXPECT_EQ(package.retrieveCalls, c.stored ? 0 : c.lazy ? 1 : 2) << c.what;
+    }
+}
+
+class Cache : public RegPlugin::CachedDataProvider {
+  public:
+    TErrorCode enumPackages(RegistryPackage::Type, PluginSDK::StringVector&) override { return 0; }
+    TErrorCode getPackage(const PluginSDK::String&, RegistryPackage**) override { return 0; }
+    TErrorCode packageExists(const PluginSDK::String&, bool&) override { return 0; }
+};
+
+TEST(CachedDataProviderTest, FirstOfAKeyWinsAliasesAreNeitherCountedNorIterated) {
+    int destroyed = 0;
+    {
+        Cache cache;
+        auto* a = new FakePackage(L"a", RegistryPackage::PRODUCT, &destroyed);
+        auto* b = new FakePackage(L"b", RegistryPackage::PRODUCT, &destroyed);
+        FakePackage rejected(L"a");  // not taken: stays ours
+        EXPECT_EQ(cache.add(a), 0);
+        EXPECT_EQ(cache.add(&rejected), 0);
+        EXPECT_EQ(cache.add(b), 0);
+        EXPECT_EQ(cache.add(nullptr), -101);
+        EXPECT_EQ(cache.addToMap(a, L"alias"), 0);
+        EXPECT_EQ(cache.addToMap(a, L"b"), 0);  // existing mapping kept
+        EXPECT_EQ(cache.find(L"a"), a);
+        EXPECT_EQ(cache.find(L"alias"), a);
+        EXPECT_EQ(cache.find(L"b"), b);
+        EXPECT_EQ(cache.size(), 2);
+        EXPECT_EQ(cache.getFirst(), a);
+        EXPECT_EQ(cache.getNext(), b);
+        EXPECT_EQ(cache.getNext(), nullptr);
+        EXPECT_EQ(cache.getNext(), nullptr);
+    }
+    EXPECT_EQ(destroyed, 2);  // `a`, reachable twice, destroyed once
+}
+
+TEST(CachedDataProviderTest, ClearEmptiesElementsButKeepsThem) {
+    int destroyed = 0;
+    Cache cache;
+    cache.add(new FakePackage(L"a", RegistryPackage::PRODUCT, &destroyed));
+    EXPECT_EQ(cache.clear(), 0);
+    EXPECT_EQ(destroyed, 1);
+    EXPECT_EQ(cache.size(), 1);
+    EXPECT_EQ(cache.find(L"a"), nullptr);
+    auto* late = new FakePackage(L"late");
+    cache.add(late);
+    EXPECT_EQ(cache.find(L"late"), late);
+    EXPECT_EQ(cache.getFirst(), nullptr);  // iteration never reaches it
+}
+
+const Registry kRegistry = {{L"p1", RegistryPackage::PRODUCT},
+                            {L"s1", RegistryPackage::SUBPRODUCT},
+                            {L"x1", RegistryPackage::PATCH},
+                            {L"p2", RegistryPackage::PRODUCT}};
+
+TEST(PreloadedDataProviderTest, FailedLoadRunsOnceLatchesAndLeavesOutputs) {
+    const TErrorCode kLatched = REG_PLUGIN_ERROR_UNABLE_TO_GET_PROGRAM_LIST;
+    TraceCapture trace;
+    FakePreloadedProvider provider(kRegistry, -42);
+    PluginSDK::StringVector keys;
+    keys.addString(L"before");
+    FakePackage marker(L"marker");
+    RegistryPackage* package = &marker;
+    bool exists = true;
+    EXPECT_EQ(provider.enumPackages(RegistryPackage::ANY, keys), kLatched);
+    EXPECT_EQ(provider.getPackage(L"p1", &package), kLatched);
+    EXPECT_EQ(provider.packageExists(L"p1", exists), kLatched);
+    EXPECT_EQ(provider.loadCalls, 1);
+    EXPECT_EQ(keysOf(keys), Lines{"before"});
+    EXPECT_EQ(package, &marker);
+    EXPECT_TRUE(exists);
+    EXPECT_EQ(trace.sink.messages(1),
+              (Lines{"Unable to preload packages ( err = -42 )",
+                     "program preload previously failed", "program preload previously failed"}));
+    EXPECT_EQ(trace.sink.messages(3), Lines{"going to preload packages"});
+    EXPECT_EQ(trace.sink.lines().at(0).signature, "PreloadedDataProvider::preload()");
+}
+
+TEST(PreloadedDataProviderTest, EnumPackagesAppendsTheSelectedKindInLoadOrder) {
+    const struct {
+        RegistryPackage::Type type;
+        Lines expected;
+    } cases[] = {{RegistryPackage::ANY, {"old", "p1", "s1", "x1", "p2"}},
+                 {RegistryPackage::PRODUCT, {"old", "p1", "p2"}},
+                 {RegistryPackage::SUBPRODUCT, {"old", "s1"}},
+                 {RegistryPackage::PATCH, {"old", "x1"}}};
+    FakePreloadedProvider provider(kRegistry);
+    for (const auto& c : cases) {
+        PluginSDK::StringVector keys;
+        keys.addString(L"old");
+        EXPECT_EQ(provider.enumPackages(c.type, keys), 0) << "type " << c.type;
+        EXPECT_EQ(keysOf(keys), c.expected) << "type " << c.type;
+    }
+    EXPECT_EQ(provider.loadCalls, 1);
+}
+
+TEST(PreloadedDataProviderTest, LookupsAnswerFromTheCache) {
+    TraceCapture trace;
+    FakePreloadedProvider provider(kRegistry);
+    EXPECT_EQ(provider.getPackage(L"p1", nullptr), -101);  // refused before loading
+    EXPECT_EQ(provider.loadCalls, 0);
+    RegistryPackage* package = nullptr;
+    bool exists = false;
+    EXPECT_EQ(provider.getPackage(L"s1", &package), 0);
+    EXPECT_EQ(package->key, L"s1");
+    EXPECT_EQ(provider.getPackage(L"S1", &package), REG_PLUGIN_ERROR_PRODUCT_DOES_NOT_EXIST);
+    EXPECT_EQ(package, nullptr);
+    EXPECT_EQ(provider.packageExists(L"p2", exists), 0);
+    EXPECT_TRUE(exists);
+    EXPECT_EQ(provider.packageExists(L"P2", exists), 0);
+    EXPECT_FALSE(exists);
+    EXPECT_EQ(trace.sink.messages(1), Lines{"invalid parameters"});
+    EXPECT_EQ(trace.sink.messages(3),
+              (Lines{"going to preload packages", "4 packages successfully preloaded",
+                     "package does not exist"}));
+}
+
+// get() makes a package (keyed `madeKey`, or the asked key) for a key in `registry`.
+class FakeUnpreloadedProvider : public RegPlugin::UnpreloadedDataProvider {
+  public:
+    TErrorCode enumerate(RegistryPackage::Type type, PluginSDK::StringVector& keys) override {
+        for (const auto& [key, kind] : kRegistry) {
+            if (type == RegistryPackage::ANY || kind == type)
+                keys.addString(key);
+        }
+        return 0;
+    }
+    TErrorCode get(const PluginSDK::String& key, RegistryPackage*& package) override {
+        ++getCalls;
+        if (getResult == 0 && holds(key))
+            package = new FakePackage(madeKey ? madeKey : key.c_str(), RegistryPackage::PRODUCT,
+                                      destroyed);
+        return getResult;
+    }
+    TErrorCode exists(const PluginSDK::String& key, bool& found) override {
+        ++existsCalls;
+        found = holds(key);
+        return existsResult;
+    }
+    static bool holds(const PluginSDK::String& key) {
+        for (const auto& entry : kRegistry) {
+            if (key == entry.first)
+                return true;
+        }
+        return false;
+    }
+    TErrorCode getResult = 0, existsResult = 0;
+    const wchar_t* madeKey = nullptr;
+    int getCalls = 0, existsCalls = 0;
+    int* destroyed = nullptr;
+};
+
+TEST(UnpreloadedDataProviderTest, ReplacesKeysGetsOncePerKeyChecksExistsUntilCached) {
+    int destroyed = 0;
+    FakeUnpreloadedProvider provider;
+    provider.destroyed = &destroyed;
+    PluginSDK::StringVector keys;
+    keys.addString(L"stale");
+    EXPECT_EQ(provider.enumPackages(RegistryPackage::PATCH, keys), 0);
+    EXPECT_EQ(keysOf(keys), Lines{"x1"});
+    bool exists = false;
+    EXPECT_EQ(provider.packageExists(L"p1", exists), 0);
+    EXPECT_EQ(provider.packageExists(L"p1", exists), 0);
+    EXPECT_TRUE(exists);
+    EXPECT_EQ(provider.existsCalls, 2);
+    RegistryPackage* first = nullptr;
+    RegistryPackage* second = nullptr;
+    EXPECT_EQ(provider.getPackage(L"p1", &first), 0);
+    EXPECT_EQ(provider.getPackage(L"p1", &second), 0);
+    EXPECT_EQ(provider.getCalls, 1);
+    EXPECT_EQ(first, second);
+    EXPECT_EQ(provider.packageExists(L"p1", exists), 0);
+    EXPECT_EQ(provider.existsCalls, 2);
+    provider.madeKey = L"p1";  // get("p2") now makes a second package keyed "p1"
+    EXPECT_EQ(provider.getPackage(L"p2", &second), 0);
+    EXPECT_EQ(second, first);
+    EXPECT_EQ(destroyed, 1);  // the rejected package is freed
+}
+
+TEST(UnpreloadedDataProviderTest, FailuresAreTracedAndPassedOn) {
+    TraceCapture trace;
+    FakeUnpreloadedProvider provider;
+    RegistryPackage* package = nullptr;
+    bool exists = false;
+    EXPECT_EQ(provider.getPackage(L"zz", nullptr), -101);
+    EXPECT_EQ(provider.getPackage(L"zz", &package), REG_PLUGIN_ERROR_PRODUCT_DOES_NOT_EXIST);
+    provider.getResult = -7;
+    EXPECT_EQ(provider.getPackage(L"p1", &package), -7);
+    EXPECT_EQ(package, nullptr);
+    provider.existsResult = -8;
+    EXPECT_EQ(provider.packageExists(L"p1", exists), -8);
+    EXPECT_EQ(trace.sink.messages(1),
+              (Lines{"invalid parameters", "Unable to get the package for key p1",
+                     "Unable to check the package for key p1"}));
+    EXPECT_EQ(trace.sink.messages(3), Lines{"package zz does not exist"});
+}
+
+}  // namespace
+}  // namespace RegPluginTest
