@@ -145,9 +145,10 @@ wchar_t* duplicate(const wchar_t* text, std::size_t length) {
     return copy;
 }
 
-// Appends the elements of the array field `field` (split in place) to `out`,
-// leaving "(none)" out. `scratch` is working space.
-void appendArrayElements(char* field, std::wstring& scratch, PluginSDK::VectorString& out) {
+// Calls `visit(element)` for each element of the array field `field` (split in
+// place), decoded into `scratch`, leaving "(none)" out.
+template <class Visit>
+void forEachArrayElement(char* field, std::wstring& scratch, Visit visit) {
     char* position = nullptr;
     for (char* element = getToken(field, kArraySeparator, &position); element != nullptr;
          element = getToken(nullptr, kArraySeparator, &position)) {
@@ -156,8 +157,15 @@ void appendArrayElements(char* field, std::wstring& scratch, PluginSDK::VectorSt
         }
         scratch.clear();
         decodeInto(element, scratch);
-        out += scratch.c_str();
+        visit(scratch);
     }
+}
+
+// Appends the elements of the array field `field` (split in place) to `out`,
+// leaving "(none)" out. `scratch` is working space.
+void appendArrayElements(char* field, std::wstring& scratch, PluginSDK::VectorString& out) {
+    forEachArrayElement(field, scratch,
+                        [&out](const std::wstring& element) { out += element.c_str(); });
 }
 
 // Collects the root directories of a list of directories, in linear time.
@@ -419,16 +427,9 @@ class RecordReader {
 
     PluginSDK::String rootDirs(char* field) {
         m_roots.clear();
-        char* position = nullptr;
-        for (char* dir = getToken(field, kArraySeparator, &position); dir != nullptr;
-             dir = getToken(nullptr, kArraySeparator, &position)) {
-            if (std::strcmp(dir, kNone) == 0) {
-                continue;
-            }
-            m_scratch.clear();
-            decodeInto(dir, m_scratch);
-            m_roots.add(m_scratch.data(), m_scratch.size());
-        }
+        forEachArrayElement(field, m_scratch, [this](const std::wstring& dir) {
+            m_roots.add(dir.data(), dir.size());
+        });
         resetElements();
         m_roots.appendTo(m_elements);
         return PluginSDK::String(static_cast<const wchar_t*>(m_elements));
