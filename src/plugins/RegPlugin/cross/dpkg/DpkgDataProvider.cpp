@@ -155,8 +155,9 @@ class LineReader {
 // (the host's conversion), so they read back unchanged.
 //
 // Values are copied into reused buffers while the paragraph lasts, since the reader
-// reuses its buffer; the wide strings are made only for installed packages, and the
-// name shares the key's string when the two are equal.
+// reuses its buffer. Only installed packages get strings: the key, and the name
+// sharing the key's string when the two are equal; version and description are
+// handed over as text, made into strings when first asked for.
 template <class Keep>
 class StatusParser {
   public:
@@ -340,12 +341,8 @@ class StatusParser {
         const PluginSDK::String key = makeString(m_key);
         std::unique_ptr<DpkgPackage> package(new DpkgPackage(key));
         package->setInstalled();
-        if (m_hasDescription) {
-            package->setDescription(makeString(m_description));
-        }
-        if (m_hasVersion) {
-            package->setVersion(makeString(m_version));
-        }
+        package->deferText(m_hasVersion ? &m_version : nullptr,
+                           m_hasDescription ? &m_description : nullptr);
         package->setName(m_name == m_key ? key : makeString(m_name));
         if (m_keep(package.get())) {
             package.release();

@@ -37,13 +37,21 @@ const std::size_t kInstalledLength = sizeof(kInstalled) - 1;
 }  // namespace
 
 DpkgPackage::DpkgPackage(const PluginSDK::String& key)
-    : RegistryPackage(key, providerTag()), installed(0) {}
+    : RegistryPackage(key, providerTag()), installed(0), m_deferred(0) {}
 
 DpkgPackage::~DpkgPackage() {
     REG_TRACE_SCOPE("DpkgPackage::~DpkgPackage()");
 }
 
-TErrorCode DpkgPackage::retrieveProperty(const PluginSDK::String& /*name*/) {
+TErrorCode DpkgPackage::retrieveProperty(const PluginSDK::String& name) {
+    if ((m_deferred & DEFERRED_VERSION) != 0 &&
+        (name == versionProperty() || name == displayVersionProperty())) {
+        const char* text = deferredVersion();
+        setVersion(PluginSDK::String(text, std::strlen(text)));
+    } else if ((m_deferred & DEFERRED_DESCRIPTION) != 0 && name == descriptionProperty()) {
+        const char* text = deferredDescription();
+        setDescription(PluginSDK::String(text, std::strlen(text)));
+    }
     return PluginSDK::RESULT_OK;
 }
 
@@ -72,12 +80,49 @@ void DpkgPackage::setName(PluginSDK::String value) {
 }
 
 void DpkgPackage::setVersion(PluginSDK::String value) {
+    settle(DEFERRED_VERSION);
     store(displayVersionProperty(), PluginSDK::String(value));
     store(versionProperty(), std::move(value));
 }
 
 void DpkgPackage::setDescription(PluginSDK::String value) {
+    settle(DEFERRED_DESCRIPTION);
     store(descriptionProperty(), std::move(value));
+}
+
+void DpkgPackage::deferText(const std::string* version, const std::string* description) {
+    m_deferred = 0;
+    m_deferredText.reset();
+    const std::size_t versionSize = version != nullptr ? version->size() : 0;
+    const std::size_t descriptionSize = description != nullptr ? description->size() : 0;
+    if (version == nullptr && description == nullptr) {
+        return;
+    }
+    m_deferredText.reset(new char[versionSize + descriptionSize + 2]);
+    char* out = m_deferredText.get();
+    if (version != nullptr) {
+        std::memcpy(out, version->data(), versionSize);
+        m_deferred |= DEFERRED_VERSION;
+    }
+    out[versionSize] = '\0';
+    out += versionSize + 1;
+    if (description != nullptr) {
+        std::memcpy(out, description->data(), descriptionSize);
+        m_deferred |= DEFERRED_DESCRIPTION;
+    }
+    out[descriptionSize] = '\0';
+}
+
+const char* DpkgPackage::deferredDescription() const {
+    const char* version = deferredVersion();
+    return version + std::strlen(version) + 1;
+}
+
+void DpkgPackage::settle(uint8_t done) {
+    m_deferred = static_cast<uint8_t>(m_deferred & ~done);
+    if (m_deferred == 0) {
+        m_deferredText.reset();
+    }
 }
 
 void DpkgPackage::store(const PluginSDK::String& name, PluginSDK::String&& value) {

@@ -141,6 +141,9 @@ TEST_F(DpkgDataProviderTest, ParagraphsBecomeInstalledPackages) {
          "Package: caf\xe9\n" + kInstalled + "Version: \xff\xfe" +
              "1\nDescription: \xc3\x28 \xed\xa0\x80 ok\n",
          {"caf\xe9|caf\xe9|\xff\xfe" + std::string("1|\xff\xfe") + "1|\xc3\x28 \xed\xa0\x80 ok"}},
+        {"a value that is only the line end; an empty one at the end of the input",
+         "Package: a\n" + kInstalled + "Version:\nDescription:",
+         {"a|a|\n|\n|"}},
         {"empty file", "", {}},
     };
     for (const auto& c : cases)
