@@ -1,11 +1,11 @@
 #include "PluginSDK/IniFileReader.h"
 
 #include <gtest/gtest.h>
-#include <unistd.h>
+#include <sys/stat.h>
 
-#include <fstream>
 #include <string>
 
+#include "../TempDir.h"
 #include "base/Utf8.h"
 
 using PluginSDK::IniFileReader;
@@ -13,29 +13,26 @@ using PluginSDK::IniFileReader;
 namespace {
 
 TEST(IniFileReaderTest, SectionsKeysCommentsAndMissingFiles) {
-    char pattern[] = "/tmp/inireader-XXXXXX";
-    ASSERT_NE(mkdtemp(pattern), nullptr);
-    const std::string path = std::string(pattern) + "/test.ini";
-    std::ofstream(path, std::ios::binary) << "\xEF\xBB\xBF"
-                                             "location = /opt/app/   \r\n"
-                                             "  # comment = no\n"
-                                             "; other = no\n"
-                                             "plain line without separator\n"
-                                             "url=http://host/?a=b&c=d\r\n"
-                                             "bad = \xFF!\n"
-                                             "[ main ]\n"
-                                             "key=first\n"
-                                             "key = second\n"
-                                             "[broken\n"
-                                             "after = still main\n"
-                                             "[other]\r\n"
-                                             "name = gr\xC3\xBC\xC3\x9F\n"
-                                             "[main]\n"
-                                             "last = no newline";
+    const TempDir dir;
+    const std::string path = dir.write("test.ini",
+                                       "\xEF\xBB\xBF"
+                                       "location = /opt/app/   \r\n"
+                                       "  # comment = no\n"
+                                       "; other = no\n"
+                                       "plain line without separator\n"
+                                       "url=http://host/?a=b&c=d\r\n"
+                                       "bad = \xFF!\n"
+                                       "[ main ]\n"
+                                       "key=first\n"
+                                       "key = second\n"
+                                       "[broken\n"
+                                       "after = still main\n"
+                                       "[other]\r\n"
+                                       "name = gr\xC3\xBC\xC3\x9F\n"
+                                       "[main]\n"
+                                       "last = no newline");
     const IniFileReader reader(Utf8::decode(path.c_str()).c_str());
-    unlink(path.c_str());
     ASSERT_TRUE(reader.isLoaded());
-    const std::wstring bad = std::wstring(1, wchar_t(0xDCFF)) + L"!";
     const struct {
         const wchar_t* section;
         const wchar_t* key;
@@ -43,7 +40,8 @@ TEST(IniFileReaderTest, SectionsKeysCommentsAndMissingFiles) {
     } lookups[] = {
         {L"", L"location", L"/opt/app/"},
         {L"", L"url", L"http://host/?a=b&c=d"},
-        {L"", L"bad", bad.c_str()},
+        {L"", L"bad", L"\xDCFF!"},
+        {L"", L"plain line without separator", nullptr},
         {L"", L"# comment", nullptr},
         {L"", L"; other", nullptr},
         {L"", L"key", nullptr},
@@ -60,13 +58,15 @@ TEST(IniFileReaderTest, SectionsKeysCommentsAndMissingFiles) {
         EXPECT_EQ(found, l.expected != nullptr) << where;
         EXPECT_EQ(value, l.expected != nullptr ? l.expected : L"untouched") << where;
     }
-    // The file is gone now; a directory, "" and null are not readable either.
-    const std::wstring missing = Utf8::decode(path.c_str()), directory = Utf8::decode(pattern);
-    for (const wchar_t* p :
-         {static_cast<const wchar_t*>(nullptr), L"", missing.c_str(), directory.c_str()}) {
+    // A missing file, a directory, a pipe (without blocking), "" and null are not readable.
+    ASSERT_EQ(0, mkfifo((dir.path() + "/pipe").c_str(), 0644));
+    const std::wstring missing = Utf8::decode((path + ".no").c_str()),
+                       directory = Utf8::decode(dir.path().c_str()),
+                       pipe = Utf8::decode((dir.path() + "/pipe").c_str());
+    for (const wchar_t* p : {static_cast<const wchar_t*>(nullptr), L"", missing.c_str(),
+                             directory.c_str(), pipe.c_str()}) {
         EXPECT_FALSE(IniFileReader(p).isLoaded()) << (p ? Utf8::encode(p) : "(null)");
     }
-    rmdir(pattern);
 }
 
 }  // namespace

@@ -11,6 +11,7 @@ using PluginSDK::String;
 using PluginSDK::StringVector;
 using PluginSDK::VectorString;
 using List = std::vector<std::wstring>;
+using testing::PrintToString;
 
 namespace {
 
@@ -25,16 +26,8 @@ List elements(const wchar_t* text) {
     return out;
 }
 
-std::string show(const List& list) {
-    std::string out = "[";
-    for (const std::wstring& e : list) {
-        out += "\"" + String(e).toUtf8() + "\" ";
-    }
-    return out + "]";
-}
-
 TEST(VectorString, RoundTripsAndKnownForms) {
-    const std::vector<std::pair<List, const wchar_t*>> cases = {
+    const std::pair<List, const wchar_t*> cases[] = {
         {{}, L""},
         {{L""}, L"\\0"},
         {{L"", L""}, L";"},
@@ -48,28 +41,26 @@ TEST(VectorString, RoundTripsAndKnownForms) {
         for (const std::wstring& e : c.first) {
             built += e.c_str();
         }
-        EXPECT_EQ(std::wstring(built), c.second) << show(c.first);
-        EXPECT_EQ(elements(built), c.first) << show(c.first);
+        EXPECT_EQ(std::wstring(built), c.second) << PrintToString(c.first);
+        EXPECT_EQ(elements(built), c.first) << PrintToString(c.first);
     }
 }
 
-TEST(VectorString, NarrowNullAndForeignTexts) {
+TEST(VectorString, NarrowNullForeignTextsAndBadIndexes) {
     VectorString built;
     built += "gr\xC3\xBC\xC3\x9F;";
     built += static_cast<const char*>(nullptr);
     EXPECT_EQ(std::wstring(built), L"gr\u00FC\u00DF\\;;");
     // Texts that VectorString would not write still split predictably.
-    const std::vector<std::pair<const wchar_t*, List>> foreign = {
+    const std::pair<const wchar_t*, List> foreign[] = {
         {nullptr, {}},
         {L"\\x;\\", {L"x", L"\\"}},
         {L"a;\\0", {L"a", L"0"}},
     };
     for (const auto& c : foreign) {
-        EXPECT_EQ(elements(c.first), c.second) << (c.first ? String(c.first).toUtf8() : "null");
+        EXPECT_EQ(elements(c.first), c.second) << PrintToString(c.first);
     }
-}
-
-TEST(StringVector, OutOfRangeIndexAndRemove) {
+    // Out of range: an empty string, and nothing removed.
     StringVector v;
     v.addString(L"a");
     EXPECT_EQ(v[1], String());

@@ -2,20 +2,18 @@
 
 #include <gtest/gtest.h>
 #include <signal.h>
-#include <sys/stat.h>
 
 #include <cerrno>
 #include <chrono>
-#include <cstdlib>
-#include <fstream>
 #include <memory>
 #include <string>
+
+#include "../TempDir.h"
 
 namespace {
 
 struct RunResult {
-    bool started = false;
-    int exitValue = -1;
+    int exitValue = -1;  // also when exec gave no process
     std::string output;
 };
 
@@ -27,30 +25,12 @@ RunResult run(const std::string& command, const ObjectArray<String>* env = nullp
     if (process == nullptr) {
         return result;
     }
-    result.started = true;
     EXPECT_EQ(0, process->waitFor()) << command;
     result.exitValue = process->exitValue();
     process->release();
     result.output = process->getInputStream()->readAll();
     return result;
 }
-
-// A temporary directory (real path) holding files written with the given mode.
-class TempDir {
-  public:
-    TempDir() {
-        char pattern[] = "/tmp/runtimetest.XXXXXX";
-        char* real = ::realpath(::mkdtemp(pattern), nullptr);
-        m_path = real;
-        std::free(real);
-    }
-    ~TempDir() { std::system(("rm -rf '" + m_path + "'").c_str()); }
-    void write(const std::string& name, const std::string& data, mode_t mode) const {
-        std::ofstream(m_path + "/" + name, std::ios::binary) << data;
-        ::chmod((m_path + "/" + name).c_str(), mode);
-    }
-    std::string m_path;
-};
 
 TEST(RuntimeTest, SplitCommand) {
     const struct {
@@ -78,22 +58,21 @@ TEST(RuntimeTest, SplitCommand) {
 }
 
 TEST(RuntimeTest, CapturesLargeOutputByteExact) {
-    TempDir dir;
+    const TempDir dir;
     std::string data(1500000, '\0');
     for (std::size_t i = 0; i < data.size(); ++i) {
         data[i] = static_cast<char>((i * 7919u) >> 3);
     }
-    dir.write("big", data, 0644);
-    const RunResult r = run("cat '" + dir.m_path + "/big'");
+    const RunResult r = run("cat '" + dir.write("big", data) + "'");
     EXPECT_EQ(data.size(), r.output.size());
     EXPECT_TRUE(data == r.output);  // no gtest diff of 1.5 MB
 }
 
-// An exit value of -1: the program is not started and exec gives null.
+// -1: the program is not started and exec gives null.
 TEST(RuntimeTest, ExitValuesAndStartFailures) {
-    TempDir dir;
-    dir.write("noexec", "#!/bin/sh\necho hi\n", 0644);
-    const String missingDir((dir.m_path + "/missing").c_str());
+    const TempDir dir;
+    dir.write("noexec", "#!/bin/sh\necho hi\n");
+    const String missingDir((dir.path() + "/missing").c_str());
     const struct {
         std::string command;
         const String* workingDirectory;
@@ -102,31 +81,29 @@ TEST(RuntimeTest, ExitValuesAndStartFailures) {
         {"/bin/sh -c 'exit 255'", nullptr, 255},
         {"/bin/sh -c 'kill -9 $$'", nullptr, 128 + SIGKILL},
         {"/nonexistent/program", nullptr, -1},
-        {dir.m_path + "/noexec", nullptr, -1},
+        {dir.path() + "/noexec", nullptr, -1},
         {"/bin/true", &missingDir, -1},
         {"'unterminated", nullptr, -1},
     };
     for (const auto& c : cases) {
-        const RunResult r = run(c.command, nullptr, c.workingDirectory);
-        EXPECT_EQ(c.exitValue != -1, r.started) << c.command;
-        EXPECT_EQ(c.exitValue, r.exitValue) << c.command;
+        EXPECT_EQ(c.exitValue, run(c.command, nullptr, c.workingDirectory).exitValue) << c.command;
     }
 }
 
 TEST(RuntimeTest, EnvironmentPathLookupAndWorkingDirectory) {
-    TempDir dir;
+    const TempDir dir;
     dir.write("only-here", "#!/bin/sh\necho \"$FOO|$PATH\"\n", 0755);
     ObjectArray<String> env;
-    env.add(String(("PATH=/nonexistent:" + dir.m_path).c_str()));
+    env.add(String(("PATH=/nonexistent:" + dir.path()).c_str()));
     env.add(String("FOO=b\xC3\xA4r"));
-    EXPECT_EQ("b\xC3\xA4r|/nonexistent:" + dir.m_path + "\n", run("only-here", &env).output);
-    EXPECT_FALSE(run("only-here").started);  // not found through this process's PATH
+    EXPECT_EQ("b\xC3\xA4r|/nonexistent:" + dir.path() + "\n", run("only-here", &env).output);
+    EXPECT_EQ(-1, run("only-here").exitValue);  // not found through this process's PATH
     ObjectArray<String> bare;
     bare.add(String("ONLY=1"));
     EXPECT_EQ("ONLY=1\n", run("/usr/bin/env", &bare).output);
     // Only stdout is captured, and stdin is empty.
-    const String wd(dir.m_path.c_str());
-    EXPECT_EQ(dir.m_path + "\nno-input\n",
+    const String wd(dir.path().c_str());
+    EXPECT_EQ(dir.path() + "\nno-input\n",
               run("/bin/sh -c 'pwd; echo err >&2; read x || echo no-input'", nullptr, &wd).output);
 }
 

@@ -22,6 +22,7 @@ TEST(StringTest, SubstringAndIndexOfClampPositions) {
     EXPECT_EQ(0, text.charAt(6));
 }
 
+// Characters above U+FFFF and escaped bytes compare by value, also ignoring case.
 TEST(StringTest, CompareTo) {
     const struct {
         const wchar_t* a;
@@ -29,19 +30,15 @@ TEST(StringTest, CompareTo) {
         int ignoreCase;
         int expected;
     } cases[] = {
-        {L"abc", L"abd", 0, -1},
-        {L"ABC", L"abc", 0, -1},
-        {L"Abc", L"abD", 1, -1},
-        {L"\u00C9t\u00C9", L"\u00E9t\u00E9", 1, 0},
-        // Above U+FFFF and escaped bytes compare by value.
-        {L"\U0001F600", L"\uFFFF", 0, 1},
-        {L"\xDCFF", L"z", 1, 1},
+        {L"abc", L"abd", 0, -1},          {L"ABC", L"abc", 0, -1},
+        {L"Abc", L"abD", 1, -1},          {L"\u00C9t\u00C9", L"\u00E9t\u00E9", 1, 0},
+        {L"\U0001F600", L"\uFFFF", 0, 1}, {L"\xDCFF", L"z", 1, 1},
     };
     for (const auto& c : cases) {
         const int got = String(c.a).compareTo(String(c.b), c.ignoreCase);
         EXPECT_EQ(c.expected, (got > 0) - (got < 0))
-            << "compare \"" << static_cast<const char*>(String(c.a)) << "\" with \""
-            << static_cast<const char*>(String(c.b)) << "\" ignoreCase=" << c.ignoreCase;
+            << testing::PrintToString(c.a) << " vs " << testing::PrintToString(c.b)
+            << " ignoreCase=" << c.ignoreCase;
     }
 }
 

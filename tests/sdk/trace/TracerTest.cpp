@@ -3,13 +3,14 @@
 
 #include <atomic>
 #include <cerrno>
-#include <cstdio>
+#include <climits>
 #include <cstdlib>
 #include <fstream>
 #include <new>
 #include <string>
 #include <vector>
 
+#include "../TempDir.h"
 #include "base/String.h"
 #include "trace/Trace.h"
 #include "trace/Tracer.h"
@@ -66,7 +67,7 @@ class TracerTest : public ::testing::Test {
 
 TEST_F(TracerTest, FilteredLineWritesNothingAndAllocatesNothing) {
     Tracer& tracer = Tracer::getInstance(Tracer::COMPONENT_PLUGIN);
-    const String baseText(L"base");
+    const String baseText(L"a text longer than the short-string buffer");
     for (int setting = 0; setting <= Tracer::MAX_LEVEL; ++setting) {
         Tracer::setLevel(setting);
         for (int level = 0; level <= Tracer::MAX_LEVEL + 1; ++level) {
@@ -75,24 +76,37 @@ TEST_F(TracerTest, FilteredLineWritesNothingAndAllocatesNothing) {
             {
                 Trace trace(tracer, "Filter::test()");
                 trace.level = level;
-                trace << trace.pos(__FILE__, __LINE__) << "text " << L"wide " << baseText << 1 << 2L
-                      << 3u << 4ul << 5ll << 6ull << 'c' << L'w' << Trace::Modifier(0);
+                // Pieces long enough (ints twice) that formatting any one would allocate.
+                trace << trace.pos(__FILE__, __LINE__) << "narrow text, longer than sixteen"
+                      << L"wide text, longer than sixteen" << baseText << INT_MIN << INT_MIN
+                      << LONG_MIN << UINT_MAX << UINT_MAX << ULONG_MAX << LLONG_MIN << ULLONG_MAX
+                      << 'c' << L'w' << Trace::Modifier(0);
             }
             const long allocated = g_allocations.load() - before;
             const bool wanted = level >= 1 && level <= setting;
-            const std::string what =
-                "setting " + std::to_string(setting) + ", level " + std::to_string(level);
-            EXPECT_EQ(m_sink.lines().size(), wanted ? 1u : 0u) << what;
-            EXPECT_TRUE(wanted || allocated == 0) << what << ": " << allocated << " allocations";
+            EXPECT_EQ(m_sink.lines().size(), wanted ? 1u : 0u) << setting << "/" << level;
+            EXPECT_TRUE(wanted || allocated == 0) << setting << "/" << level << ": " << allocated;
         }
     }
 }
 
-TEST_F(TracerTest, CapturesLevelComponentPositionSignatureAndPieces) {
+TEST(TracerFormat, LineShape) {
+    const std::string message = "msg [with]\ttab";
+    const TraceRecord record{1795317255123456LL, 2, 5, "Reg::f()", "src/a.cpp", 42, &message};
+    EXPECT_EQ(Tracer::format(record),
+              "2026-11-22T03:14:15.123456Z L2 C5 src/a.cpp:42 [Reg::f()] " + message);
+}
+
+// Unfinished lines are dropped; a modifier without a started line writes nothing.
+TEST_F(TracerTest, OutputFileGetsWholeLinesAppended) {
+    const TempDir dir;
+    const std::string path = dir.write("trace.log", "earlier\n");
+    Tracer::setSink(nullptr);
     Tracer::setLevel(3);
+    ASSERT_EQ(Tracer::setOutputFile(path.c_str()), 0);
+    EXPECT_EQ(Tracer::setOutputFile((dir.path() + "/missing/x.log").c_str()), ENOENT);
     {
-        Trace trace(Tracer::getInstance(Tracer::COMPONENT_PLUGIN),
-                    L"Reg::f(const wchar_t *) \u00FC");
+        Trace trace(Tracer::getInstance(Tracer::COMPONENT_PLUGIN), L"Reg::f(wchar_t *) \u00FC");
         trace.level = 2;
         trace << trace.pos("src/x.cpp", 42) << "Property " << String(L"gr\u00FC\u00DF")
               << " not found. " << L"\U0001D11E" << ' ' << -7 << L' ' << -8L << ' '
@@ -103,41 +117,13 @@ TEST_F(TracerTest, CapturesLevelComponentPositionSignatureAndPieces) {
         trace << "after the end" << Trace::Modifier(0);
         trace << trace.pos("src/z.cpp", 3) << "dropped: unfinished at scope end";
     }
-    const std::vector<MemoryTraceSink::Line>& lines = m_sink.lines();
-    ASSERT_EQ(lines.size(), 2u);
-    const MemoryTraceSink::Line& l = lines[0];
-    EXPECT_EQ(std::to_string(l.level) + " C" + std::to_string(l.component) + " " + l.file + ":" +
-                  std::to_string(l.line) + " [" + l.signature + "] " + l.message,
-              "2 C5 src/x.cpp:42 [Reg::f(const wchar_t *) \xC3\xBC] Property gr\xC3\xBC\xC3\x9F "
-              "not found. \xF0\x9D\x84\x9E -7 -8 (null)(null)");
-    EXPECT_EQ(lines[1].message, "info");
-}
-
-TEST(TracerFormat, LineShape) {
-    const std::string message = "msg [with]\ttab";
-    const TraceRecord record{1795317255123456LL, 2, 5, "Reg::f()", "src/a.cpp", 42, &message};
-    EXPECT_EQ(Tracer::format(record),
-              "2026-11-22T03:14:15.123456Z L2 C5 src/a.cpp:42 [Reg::f()] " + message);
-}
-
-TEST_F(TracerTest, OutputFileGetsWholeLinesAppended) {
-    char dir[] = "/tmp/tracer-XXXXXX";
-    ASSERT_NE(mkdtemp(dir), nullptr);
-    const std::string path = std::string(dir) + "/trace.log";
-    std::ofstream(path) << "earlier\n";
-    Tracer::setSink(nullptr);
-    Tracer::setLevel(2);
-    ASSERT_EQ(Tracer::setOutputFile(path.c_str()), 0);
-    EXPECT_EQ(Tracer::setOutputFile((std::string(dir) + "/missing/x.log").c_str()), ENOENT);
-
-    Trace trace(Tracer::getInstance(Tracer::COMPONENT_PLUGIN), "File::test()");
-    trace.level = 2;
-    trace << trace.pos("src/f.cpp", 5) << "first" << Trace::Modifier(0);
     const std::vector<std::string> lines = readLines(path);
-    std::system(("rm -rf '" + std::string(dir) + "'").c_str());
-    ASSERT_EQ(lines.size(), 2u);
+    ASSERT_EQ(lines.size(), 3u);
     EXPECT_EQ(lines[0], "earlier");
-    EXPECT_EQ(lines[1].substr(27), " L2 C5 src/f.cpp:5 [File::test()] first");
+    EXPECT_EQ(lines[1].substr(27),
+              " L2 C5 src/x.cpp:42 [Reg::f(wchar_t *) \xC3\xBC] Property gr\xC3\xBC\xC3\x9F "
+              "not found. \xF0\x9D\x84\x9E -7 -8 (null)(null)");
+    EXPECT_EQ(lines[2].substr(27), " L2 C5 src/z.cpp:2 [Reg::f(wchar_t *) \xC3\xBC] info");
 }
 
 // Runs this test again in a child whose environment configures tracing.
@@ -153,10 +139,9 @@ TEST(TracerEnvironment, ReadOnceOnFirstUse) {
     }
     char self[4096] = {};
     ASSERT_GT(readlink("/proc/self/exe", self, sizeof self - 1), 0);
-    char dir[] = "/tmp/tracer-XXXXXX";
-    ASSERT_NE(mkdtemp(dir), nullptr);
-    const std::string path = std::string(dir) + "/env.log";
-    const std::vector<std::pair<const char*, std::vector<std::string>>> cases = {
+    const TempDir dir;
+    const std::string path = dir.path() + "/env.log";
+    const std::pair<const char*, std::vector<std::string>> cases[] = {
         {"2", {"level 1", "level 2"}},
         {"1x", {}},
     };
@@ -174,7 +159,6 @@ TEST(TracerEnvironment, ReadOnceOnFirstUse) {
         EXPECT_EQ(messages, c.second) << "HOSTSDK_TRACE_LEVEL=" << c.first;
         unlink(path.c_str());
     }
-    rmdir(dir);
 }
 
 }  // namespace
