@@ -1,8 +1,7 @@
-// A fake plug-in for driving regscan's pieces. Expressions:
-//   Info    scalar "<field> of <code>" ("-" when absent), code from property "rc";
-//           -13200 for field vendor and for displayVersion of k1
-//   Keys    vector of the comma-separated property "keys", code from "rc"
-//   List    vector k1,k2;  Broken: vector failing with -13111;  others: -10008
+// A fake plug-in for driving regscan's pieces. Expressions (others give -10008):
+//   Info  scalar "<field> of <code>" ("-" when absent), code from property "rc";
+//         -13200 for field vendor and for displayVersion of k1
+//   Keys  vector of the comma-separated property "keys", code from property "rc"
 #ifndef REGSCAN_TESTS_HOST_FAKEPLUGIN_H
 #define REGSCAN_TESTS_HOST_FAKEPLUGIN_H
 
@@ -19,21 +18,21 @@
 
 namespace fake {
 
-inline std::wstring property(const PluginSDK::Expression& e, const wchar_t* name) {
+inline std::wstring property(const PluginSDK::Expression& e, const wchar_t* name,
+                             const wchar_t* absent) {
     const wchar_t* value = e.getProperty(name);
-    return value != nullptr ? value : L"-";
+    return value != nullptr ? value : absent;
 }
 
 inline TErrorCode propertyCode(const PluginSDK::Expression& e) {
-    const wchar_t* rc = e.getProperty(L"rc");
-    return rc != nullptr ? static_cast<TErrorCode>(std::stol(rc)) : 0;
+    return static_cast<TErrorCode>(std::stol(property(e, L"rc", L"0")));
 }
 
 class Info : public PluginSDK::ScalarOperand {
   public:
     void disposeExpression() override {}
     TErrorCode getScalarResult(PluginSDK::String& result) override {
-        std::wstring field = property(*this, L"field"), code = property(*this, L"code");
+        std::wstring field = property(*this, L"field", L"-"), code = property(*this, L"code", L"-");
         bool fails = field == L"vendor" || (field == L"displayVersion" && code == L"k1");
         result = fails ? L"" : (field + L" of " + code).c_str();
         return fails ? -13200 : propertyCode(*this);
@@ -42,19 +41,14 @@ class Info : public PluginSDK::ScalarOperand {
 
 class Keys : public PluginSDK::VectorOperand {
   public:
-    explicit Keys(std::wstring fixed = L"", TErrorCode code = 0) : m_fixed(fixed), m_code(code) {}
     void disposeExpression() override {}
     TErrorCode getVectorResult(PluginSDK::StringVector& result) override {
-        std::wistringstream keys(getProperty(L"keys") != nullptr ? getProperty(L"keys") : m_fixed);
+        std::wistringstream keys(property(*this, L"keys", L""));
         for (std::wstring key; std::getline(keys, key, L',');) {
             result.addString(key.c_str());
         }
-        return m_code != 0 ? m_code : propertyCode(*this);
+        return propertyCode(*this);
     }
-
-  private:
-    std::wstring m_fixed;
-    TErrorCode m_code;
 };
 
 // One iterator position; a missing field leaves the caller's string as it was.
@@ -62,21 +56,14 @@ struct Entry {
     std::optional<std::wstring> provider, vendor, name, version, installDir;
 };
 
+// Walks `entries`; an endless one never leaves its first position.
 class Repository : public PluginSDK::UnknownSoftwareRepository {
   public:
-    Repository(std::vector<Entry> entries, bool endless, int* live)
-        : m_entries(std::move(entries)), m_endless(endless), m_live(live) {
-        ++*m_live;
-    }
-    ~Repository() override { --*m_live; }
+    Repository(std::vector<Entry> entries, bool endless, int& live)
+        : m_entries(std::move(entries)), m_endless(endless), m_live(++live) {}
+    ~Repository() override { --m_live; }
     TErrorCode init() override { return static_cast<TErrorCode>(m_at = 0); }
-    TErrorCode getNext() override {
-        if (!m_endless && m_at >= m_entries.size()) {
-            return -10009;
-        }
-        m_at += m_endless ? 0 : 1;
-        return 0;
-    }
+    TErrorCode getNext() override { return m_endless || ++m_at <= m_entries.size() ? 0 : -10009; }
     TErrorCode getProvider(PluginSDK::String* out) override { return get(&Entry::provider, out); }
     TErrorCode getVendor(PluginSDK::String* out) override { return get(&Entry::vendor, out); }
     TErrorCode getName(PluginSDK::String* out) override { return get(&Entry::name, out); }
@@ -95,7 +82,7 @@ class Repository : public PluginSDK::UnknownSoftwareRepository {
     }
     std::vector<Entry> m_entries;
     bool m_endless;
-    int* m_live;
+    int& m_live;  // the plug-in's count of live iterators
     std::size_t m_at = 0;
 };
 
@@ -112,7 +99,7 @@ class Plugin : public PluginSDK::Plugin {
     PluginSDK::PluginVersion getVersion() const override { return {1, 2, 3, 4}; }
     const wchar_t* getName() const override { return L"Fake"; }
     PluginSDK::UnknownSoftwareRepository* getUnknownSoftware() override {
-        return new Repository(unknown, unknownNeverEnds, &liveIterators);
+        return new Repository(unknown, unknownNeverEnds, liveIterators);
     }
     TErrorCode initializePlugin() override {
         addExpression(L"Info");
@@ -120,15 +107,10 @@ class Plugin : public PluginSDK::Plugin {
     }
     TErrorCode cleanupPlugin() override { return 0; }
     TErrorCode createExpression(const wchar_t* name, PluginSDK::Expression** out) override {
-        if (name == nullptr || out == nullptr) {
-            return -101;
-        }
         std::wstring n = name;
-        *out = n == L"Info"     ? static_cast<PluginSDK::Expression*>(new Info)
-               : n == L"Keys"   ? new Keys
-               : n == L"List"   ? new Keys(L"k1,k2")
-               : n == L"Broken" ? new Keys(L"", -13111)
-                                : nullptr;
+        *out = n == L"Info"   ? static_cast<PluginSDK::Expression*>(new Info)
+               : n == L"Keys" ? new Keys
+                              : nullptr;
         liveExpressions += *out != nullptr;
         return *out != nullptr ? 0 : -10008;
     }

@@ -1,6 +1,9 @@
 // Command-line parsing and the truth-value mapping of --set.
 #include <gtest/gtest.h>
 
+#include <iterator>
+#include <sstream>
+
 #include "Options.h"
 
 namespace {
@@ -55,24 +58,15 @@ TEST(OptionsTest, GoodCommandLines) {
 }
 
 TEST(OptionsTest, UsageErrors) {
-    const std::vector<std::vector<std::string>> bad = {{},
-                                                       {"--trace", "2"},
-                                                       {"frobnicate"},
-                                                       {"names", "extra"},
-                                                       {"eval"},
-                                                       {"eval", "X", "noequals"},
-                                                       {"inventory", "--format", "xml"},
-                                                       {"--set", "novalue", "names"},
-                                                       {"--trace", "4", "names"},
-                                                       {"--plugin", "", "names"},
-                                                       {"--unknown", "names"},
-                                                       {"--help=yes"}};
-    for (const auto& args : bad) {
-        std::string text;
-        for (const std::string& arg : args) {
-            text += "[" + arg + "]";
-        }
-        EXPECT_THROW(parseOptions(args), regscan::UsageError) << text;
+    // Words split at spaces; "--plugin=" gives an empty value.
+    for (const char* line :
+         {"", "--trace 2", "frobnicate", "names extra", "eval", "eval X noequals", "eval X =v",
+          "inventory --format xml", "--format csv names", "--set novalue names", "--trace 4 names",
+          "--plugin= names", "--trace-file= names", "names --plugin", "--unknown names",
+          "--help=yes", "batch a b"}) {
+        std::istringstream words(line);
+        std::vector<std::string> args{std::istream_iterator<std::string>(words), {}};
+        EXPECT_THROW(parseOptions(args), regscan::UsageError) << "[" << line << "]";
     }
 }
 

@@ -63,30 +63,38 @@ TEST(InventoryTest, ListsGoodRegistriesAndReportsFailedOnes) {
     });
     regscan::Inventory inventory = regscan::collectInventory(
         plugin,
-        {{"broken", "Broken", "Info", "the broken store could not be read", {}},
-         {"good", "List", "Info", "unused", {}},
+        {{"broken", "Keys", "Info", "the broken store could not be read", {{"rc", "-13111"}}},
+         {"good", "Keys", "Info", "unused", {{"keys", "k1,k2"}}},
          {"missing", "NoSuchList", "Info", "unused", {}},
+         {"other", "Keys", "Info", "unused", {{"rc", "-13006"}}},
          {"noinfo", "Keys", "NoSuchInfo", "unused", {{"keys", "only"}}}},
         names);
 
     EXPECT_EQ(inventory.listedRegistries, 2);
-    ASSERT_EQ(inventory.records.size(), 3u);
-    const regscan::InventoryRecord& first = inventory.records[0];
-    EXPECT_EQ(first.registry + "|" + first.key + "|" + first.name + "|" + first.vendor + "|" +
-                  first.installDir + "|" + first.description,
-              "good|k1|name of k1||installDir of k1|description of k1")
-        << "a failing field gives an empty cell";
-    EXPECT_EQ(first.version, "version of k1") << "without a display form, the version";
-    EXPECT_EQ(inventory.records[1].version, "displayVersion of k2") << "the display form wins";
-    EXPECT_EQ(inventory.records[2].key + "|" + inventory.records[2].name, "only|");
-
-    ASSERT_EQ(inventory.failures.size(), 2u);
-    EXPECT_EQ(inventory.failures[0].message,
-              "broken: cannot list packages (-13111 REG_PLUGIN_ERROR_UNABLE_TO_GET_PROGRAM_LIST): "
-              "the broken store could not be read");
-    EXPECT_EQ(inventory.failures[1].message,
-              "missing: cannot list packages (-10008 ERROR_NO_SUCH_EXPRESSION): this plug-in "
-              "cannot create the expression NoSuchList");
+    std::vector<std::string> rows, failures;
+    for (const regscan::InventoryRecord& r : inventory.records) {
+        rows.push_back(r.registry + "|" + r.key + "|" + r.name + "|" + r.version + "|" + r.vendor +
+                       "|" + r.installDir + "|" + r.description);
+    }
+    EXPECT_EQ(rows,
+              (std::vector<std::string>{
+                  // A failing field gives an empty cell; without a display form, the version.
+                  "good|k1|name of k1|version of k1||installDir of k1|description of k1",
+                  // The display form wins.
+                  "good|k2|name of k2|displayVersion of k2||installDir of k2|description of k2",
+                  "noinfo|only|||||"}));
+    for (const regscan::RegistryFailure& f : inventory.failures) {
+        failures.push_back(f.message);
+    }
+    EXPECT_EQ(
+        failures,
+        (std::vector<std::string>{
+            "broken: cannot list packages (-13111 REG_PLUGIN_ERROR_UNABLE_TO_GET_PROGRAM_LIST): "
+            "the broken store could not be read",
+            "missing: cannot list packages (-10008 ERROR_NO_SUCH_EXPRESSION): this plug-in "
+            "cannot create the expression NoSuchList",
+            "other: cannot list packages (-13006 (unnamed code)): the plug-in could not list this "
+            "registry"}));
     EXPECT_EQ(plugin.liveExpressions, 0);
 }
 
