@@ -3,20 +3,13 @@
 #define TESTS_PLUGINS_REGPLUGIN_COMMON_COMMONFAKES_H
 
 #include <map>
-#include <ostream>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "../PluginTestSupport.h"
 #include "RegPluginConstants.h"
 #include "common/PreloadedDataProvider.h"
-#include "trace/Tracer.h"
-
-namespace PluginSDK {
-inline void PrintTo(const String& text, std::ostream* out) {
-    *out << '"' << text.toUtf8() << '"';
-}
-}  // namespace PluginSDK
 
 namespace RegPluginTest {
 
@@ -61,18 +54,6 @@ class FakePreloadedProvider : public RegPlugin::PreloadedDataProvider {
     Registry registry;
     TErrorCode loadResult;
     int loadCalls = 0;
-};
-
-struct TraceCapture {
-    TraceCapture() {
-        Tracer::setSink(&sink);
-        Tracer::setLevel(3);
-    }
-    ~TraceCapture() {
-        Tracer::setLevel(0);
-        Tracer::setSink(nullptr);
-    }
-    MemoryTraceSink sink;
 };
 
 inline Lines keysOf(const PluginSDK::StringVector& keys) {

@@ -49,35 +49,44 @@ void setUp(Setup setup, Factory::DataProviderClass own) {
     }
 }
 
+// kFiltered: the family's Info with the filtered pass-through, which passes on only
+// the "does not exist" codes of getPackage.
+enum Kind { kExists, kInfo, kFiltered };
+
 TYPED_TEST(ProviderFamiliesTest, ResultsAndErrors) {
     const struct {
         Setup setup;
-        bool isInfo;
+        Kind kind;
         const wchar_t *code, *field;
         TErrorCode expected;
         const wchar_t* result;
     } cases[] = {
-        {kNoTable, false, nullptr, nullptr, REG_PLUGIN_ERROR_UNSPECIFIED_CODE, L""},
-        {kNoTable, true, nullptr, L"name", REG_PLUGIN_ERROR_UNSPECIFIED_CODE, L""},
-        {kNoTable, true, L"bash", nullptr, REG_PLUGIN_ERROR_UNSPECIFIED_FIELD, L""},
-        {kNoProvider, false, L"bash", nullptr, REG_PLUGIN_ERROR_INVALID_DATA_PROVIDER, L""},
-        {kNoProvider, true, L"bash", L"name", REG_PLUGIN_ERROR_INVALID_DATA_PROVIDER, L""},
-        {kFake, false, L"bash", nullptr, 0, PLUGIN_RESULT_TRUE},
-        {kFake, false, L"Bash", nullptr, 0, PLUGIN_RESULT_FALSE},
-        {kFake, true, L"fix", L"name", 0, L"fix"},
-        {kFake, true, L"bash", L"Name", REG_PLUGIN_ERROR_PROPERTY_NOT_FOUND, L""},
-        {kFake, true, L"zsh", L"name", REG_PLUGIN_ERROR_PRODUCT_DOES_NOT_EXIST, L""},
-        {kFailing, false, L"bash", nullptr, REG_PLUGIN_ERROR_UNABLE_TO_GET_PROGRAM_LIST, L""},
+        {kNoTable, kExists, nullptr, nullptr, REG_PLUGIN_ERROR_UNSPECIFIED_CODE, L""},
+        {kNoTable, kInfo, nullptr, L"name", REG_PLUGIN_ERROR_UNSPECIFIED_CODE, L""},
+        {kNoTable, kInfo, L"bash", nullptr, REG_PLUGIN_ERROR_UNSPECIFIED_FIELD, L""},
+        {kNoProvider, kExists, L"bash", nullptr, REG_PLUGIN_ERROR_INVALID_DATA_PROVIDER, L""},
+        {kNoProvider, kInfo, L"bash", L"name", REG_PLUGIN_ERROR_INVALID_DATA_PROVIDER, L""},
+        {kFake, kExists, L"bash", nullptr, 0, PLUGIN_RESULT_TRUE},
+        {kFake, kExists, L"Bash", nullptr, 0, PLUGIN_RESULT_FALSE},
+        {kFake, kInfo, L"fix", L"name", 0, L"fix"},
+        {kFake, kInfo, L"bash", L"Name", REG_PLUGIN_ERROR_PROPERTY_NOT_FOUND, L""},
+        {kFake, kInfo, L"zsh", L"name", REG_PLUGIN_ERROR_PRODUCT_DOES_NOT_EXIST, L""},
+        {kFailing, kExists, L"bash", nullptr, REG_PLUGIN_ERROR_UNABLE_TO_GET_PROGRAM_LIST, L""},
+        {kFailing, kInfo, L"bash", L"name", REG_PLUGIN_ERROR_UNABLE_TO_GET_PROGRAM_LIST, L""},
+        {kFake, kFiltered, L"fix", L"name", 0, L"fix"},
+        {kFake, kFiltered, L"zsh", L"name", REG_PLUGIN_ERROR_PRODUCT_DOES_NOT_EXIST, L""},
+        {kFailing, kFiltered, L"bash", L"name", REG_PLUGIN_ERROR_PROPERTY_NOT_FOUND, L""},
     };
     for (const auto& c : cases) {
-        const std::string label = std::to_string(c.setup) + "|" + (c.isInfo ? "info|" : "exists|") +
+        const std::string label = std::to_string(c.setup) + "|" + std::to_string(c.kind) + "|" +
                                   PluginSDK::String(c.code).toUtf8() + "|" +
                                   PluginSDK::String(c.field).toUtf8();
         setUp(c.setup, TypeParam::kClass);
-        typename TypeParam::Info info;
         typename TypeParam::Exists exists;
-        PluginSDK::ScalarOperand& expression =
-            c.isInfo ? static_cast<PluginSDK::ScalarOperand&>(info) : exists;
+        typename TypeParam::Info info;
+        RegPlugin::ProviderProductInfo<TypeParam::kClass, true> filtered;
+        PluginSDK::ScalarOperand* const expressions[] = {&exists, &info, &filtered};
+        PluginSDK::ScalarOperand& expression = *expressions[c.kind];
         expression.setProperty(L"code", c.code);
         expression.setProperty(L"field", c.field);
         PluginSDK::String result(L"old");
@@ -96,52 +105,6 @@ TYPED_TEST(ProviderFamiliesTest, ResultsAndErrors) {
                   setup == kFake ? 0 : REG_PLUGIN_ERROR_INVALID_DATA_PROVIDER);
         EXPECT_EQ(keysOf(keys), setup == kFake ? Lines{"fix"} : Lines{});
     }
-}
-
-// getPackage answers `getResult` and `package` (not owned) for every key.
-class ScriptedProvider : public RegPlugin::RegistryDataProvider {
-  public:
-    TErrorCode enumPackages(RegistryPackage::Type, PluginSDK::StringVector&) override { return 0; }
-    TErrorCode getPackage(const PluginSDK::String&, RegistryPackage** out) override {
-        *out = package;
-        return getResult;
-    }
-    TErrorCode packageExists(const PluginSDK::String&, bool&) override { return 0; }
-    TErrorCode getResult = 0;
-    RegistryPackage* package = nullptr;
-};
-
-TEST(ProviderProductInfoTest, FilteredPassThroughReturnsOnlyNotFoundCodes) {
-    FakePackage package(L"prod");
-    const struct {
-        TErrorCode getResult;
-        bool leavesPackage;
-        TErrorCode plain, filtered;
-    } cases[] = {
-        {0, true, 0, 0},
-        {-13100, false, -13100, -13100},
-        {-13111, false, -13111, REG_PLUGIN_ERROR_PROPERTY_NOT_FOUND},  // no package left
-        {-13305, true, -13305, 0},
-    };
-    for (const auto& c : cases) {
-        auto* provider = new ScriptedProvider();
-        provider->getResult = c.getResult;
-        provider->package = c.leavesPackage ? &package : nullptr;
-        Factory::setDataProvider(Factory::ISMP_PROVIDER, provider);
-        RegPlugin::ProviderProductInfo<Factory::ISMP_PROVIDER> plain;
-        RegPlugin::ProviderProductInfo<Factory::ISMP_PROVIDER, true> filtered;
-        PluginSDK::String plainResult, filteredResult;
-        for (PluginSDK::Expression* info : {static_cast<PluginSDK::Expression*>(&plain),
-                                            static_cast<PluginSDK::Expression*>(&filtered)}) {
-            info->setProperty(L"code", L"prod");
-            info->setProperty(L"field", L"name");
-        }
-        EXPECT_EQ(plain.getScalarResult(plainResult), c.plain) << "getPackage " << c.getResult;
-        EXPECT_EQ(filtered.getScalarResult(filteredResult), c.filtered)
-            << "getPackage " << c.getResult;
-        EXPECT_EQ(filteredResult, c.filtered == 0 ? L"prod" : L"") << "getPackage " << c.getResult;
-    }
-    Factory::cleanup();
 }
 
 }  // namespace

@@ -1,18 +1,16 @@
 #include "cross/dpkg/DpkgDataProvider.h"
 
 #include <gtest/gtest.h>
-#include <stdlib.h>
-#include <unistd.h>
 
-#include <fstream>
 #include <random>
 #include <string>
 #include <vector>
 
+#include "../../PluginTestSupport.h"
 #include "RegPluginConstants.h"
 #include "cross/dpkg/DpkgPackage.h"
-#include "trace/Tracer.h"
 
+namespace RegPluginTest {
 namespace {
 
 using RegPlugin::DpkgDataProvider;
@@ -21,64 +19,50 @@ using Packages = std::vector<std::string>;
 
 const std::string kInstalled = "Status: install ok installed\n";
 
-// The first 200 bytes of `text`, bytes that are not printable shown as \xNN.
-std::string printable(const std::string& text) {
-    std::string out;
-    for (unsigned char c : text.substr(0, 200)) {
-        if (c >= 0x20 && c < 0x7f)
-            out += static_cast<char>(c);
-        else
-            out += {'\\', 'x', "0123456789abcdef"[c >> 4], "0123456789abcdef"[c & 15]};
-    }
-    return out;
-}
-
 std::string padded(const std::string& head, std::size_t size) {
     return head + std::string(size - head.size(), 'y');
 }
 
-class DpkgDataProviderTest : public ::testing::Test {
-  protected:
-    void SetUp() override {
-        char pattern[] = "/tmp/dpkg-provider-XXXXXX";
-        ASSERT_NE(::mkdtemp(pattern), nullptr);
-        m_dir = pattern;
-        m_path = m_dir + "/status";
+// "|name|version|displayVersion|description" of `package` ("-" for a missing one),
+// asked for in this order or, when `backwards`, in the reverse one.
+std::string fields(RegistryPackage& package, bool backwards) {
+    const wchar_t* const names[] = {
+        REG_PLUGIN_PROPERTY_FIELD_NAME, REG_PLUGIN_PROPERTY_FIELD_VERSION,
+        REG_PLUGIN_PROPERTY_FIELD_DISPLAY_VERSION, REG_PLUGIN_PROPERTY_FIELD_DESCRIPTION};
+    std::string values[4];
+    for (int i = 0; i < 4; ++i) {
+        const int field = backwards ? 3 - i : i;
+        PluginSDK::String value(L"-");
+        package.getProperty(names[field], value);
+        values[field] = value.toUtf8();
     }
-    void TearDown() override {
-        ::unlink(m_path.c_str());
-        ::rmdir(m_dir.c_str());
-    }
+    return "|" + values[0] + "|" + values[1] + "|" + values[2] + "|" + values[3];
+}
 
-    // Loads `text` as a status file (expecting success); each package in load order as
-    // "key|name|version|displayVersion|description" ("-" for a missing property).
-    Packages load(const std::string& text) {
-        std::ofstream(m_path, std::ios::binary) << text;
-        DpkgDataProvider provider(m_path.c_str());
+// Loads `text` as a status file (expecting success); each package in load order as
+// "key|name|version|displayVersion|description". Version and description are made
+// from the file's text when first asked for, so every package must read the same
+// whichever property is asked for first, and when asked again.
+Packages load(const TempDir& dir, const std::string& text) {
+    const std::string path = dir.write("status", text);
+    Packages packages[2];
+    for (const bool backwards : {false, true}) {
+        DpkgDataProvider provider(path.c_str());
         EXPECT_EQ(provider.load(), 0);
-        Packages packages;
         for (RegistryPackage* p = provider.getFirst(); p != nullptr; p = provider.getNext()) {
-            std::string line = p->key.toUtf8();
-            for (const wchar_t* name :
-                 {REG_PLUGIN_PROPERTY_FIELD_NAME, REG_PLUGIN_PROPERTY_FIELD_VERSION,
-                  REG_PLUGIN_PROPERTY_FIELD_DISPLAY_VERSION,
-                  REG_PLUGIN_PROPERTY_FIELD_DESCRIPTION}) {
-                PluginSDK::String value(L"-");
-                p->getProperty(name, value);
-                line += "|" + value.toUtf8();
-            }
+            PluginSDK::String unknown;
+            EXPECT_EQ(p->getProperty(L"Version", unknown), REG_PLUGIN_ERROR_PROPERTY_NOT_FOUND);
+            packages[backwards].push_back(p->key.toUtf8() + fields(*p, backwards));
+            EXPECT_EQ(p->key.toUtf8() + fields(*p, !backwards), packages[backwards].back());
             EXPECT_EQ(p->provider, PluginSDK::String(L"DPKG"));
             EXPECT_TRUE(static_cast<RegPlugin::DpkgPackage*>(p)->isInstalled());
-            packages.push_back(line);
         }
-        return packages;
     }
+    EXPECT_EQ(packages[0], packages[1]) << "the order of the questions changed the answers";
+    return packages[0];
+}
 
-    std::string m_dir;
-    std::string m_path;
-};
-
-TEST_F(DpkgDataProviderTest, ParagraphsBecomeInstalledPackages) {
+TEST(DpkgDataProviderTest, ParagraphsBecomeInstalledPackages) {
     const std::string a = "Package: a\n" + kInstalled + "Version: 1\n\n";
     const std::string b = "Package: b\n" + kInstalled + "Version: 2\n";
     const Packages abc = {"a|a|1|1|-", "c|c|3|3|-", "b|b|2|2|-"};
@@ -116,9 +100,9 @@ TEST_F(DpkgDataProviderTest, ParagraphsBecomeInstalledPackages) {
          "Package: lib\n" + kInstalled + "Version: 1\n\nPackage: lib\n" + kInstalled +
              "Version: 2\n",
          {"lib|lib|1|1|-"}},
-        {"names match exactly",
-         "Packages: x\npackage: z\nPackage: a\n" + kInstalled + "Version 2: 1\n",
-         {"a|a|-|-|-"}},
+        {"names match exactly; a description without a version",
+         "Packages: x\npackage: z\nPackage: a\n" + kInstalled + "Version 2: 1\nDescription: d\n",
+         {"a|a|-|-|d"}},
         {"CRLF",
          "Package: a\r\nStatus: install ok installed\r\nVersion: 1\r\nDescription: d\r\n more\r\n"
          "\r\nPackage: b\r\nStatus: install ok installed\r\n",
@@ -141,31 +125,30 @@ TEST_F(DpkgDataProviderTest, ParagraphsBecomeInstalledPackages) {
          "Package: caf\xe9\n" + kInstalled + "Version: \xff\xfe" +
              "1\nDescription: \xc3\x28 \xed\xa0\x80 ok\n",
          {"caf\xe9|caf\xe9|\xff\xfe" + std::string("1|\xff\xfe") + "1|\xc3\x28 \xed\xa0\x80 ok"}},
-        {"a value that is only the line end; an empty one at the end of the input",
-         "Package: a\n" + kInstalled + "Version:\nDescription:",
-         {"a|a|\n|\n|"}},
+        {"a value that is only the line end; empty ones cut by a NUL byte or the input's end",
+         "Package: a\n" + kInstalled + std::string("Version:\0x\n", 11) + "Description:\n\n" +
+             "Package: b\n" + kInstalled + "Version:\nDescription:",
+         {"a|a|||\n", "b|b|\n|\n|"}},
         {"empty file", "", {}},
     };
+    const TempDir dir;
     for (const auto& c : cases)
-        EXPECT_EQ(load(c.input), c.expected) << c.what << "\ninput: " << printable(c.input);
+        EXPECT_EQ(load(dir, c.input), c.expected) << c.what << "\ninput: " << printable(c.input);
 }
 
-TEST_F(DpkgDataProviderTest, MissingFileIsTracedAndLatched) {
-    Tracer::setLevel(1);
-    MemoryTraceSink sink;
-    Tracer::setSink(&sink);
-    const std::string missing = m_dir + "/missing";
+TEST(DpkgDataProviderTest, MissingFileIsTracedAndLatched) {
+    TempDir dir;
+    const std::string missing = dir.path() + "/missing";
+    TraceCapture trace;
     DpkgDataProvider direct(missing.c_str());
     EXPECT_EQ(direct.load(), REG_PLUGIN_ERROR_PROPERTY_NOT_FOUND);
     EXPECT_EQ(direct.size(), 0);
+    EXPECT_TRUE(trace.sink().contains("cannot open " + missing + " ( errno = 2 )"));
     DpkgDataProvider preloaded(missing.c_str());
     PluginSDK::StringVector keys;
     EXPECT_EQ(preloaded.enumPackages(RegistryPackage::ANY, keys),
               REG_PLUGIN_ERROR_UNABLE_TO_GET_PROGRAM_LIST);
-    Tracer::setSink(nullptr);
-    Tracer::setLevel(0);
-    ASSERT_FALSE(sink.lines().empty());
-    EXPECT_EQ(sink.lines()[0].message, "cannot open " + missing + " ( errno = 2 )");
 }
 
 }  // namespace
+}  // namespace RegPluginTest

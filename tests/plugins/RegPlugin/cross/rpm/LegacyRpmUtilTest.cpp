@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "../../PluginTestSupport.h"
 #include "RegPluginConstants.h"
-#include "RpmTestSupport.h"
 
 namespace {
 
@@ -35,12 +35,12 @@ TEST(LegacyRpmUtilTest, ExecCommand) {
         {"cat @", megabyte, 0, 3, "child process exited correctly"},
     };
     for (const Case& c : cases) {
-        rpmtest::TempDir dir;
+        RegPluginTest::TempDir dir;
         std::string command = c.command;
         const std::size_t at = command.find('@');
         if (at != std::string::npos)
             command.replace(at, 1, dir.write("output", c.output));
-        rpmtest::TraceCapture trace;
+        RegPluginTest::TraceCapture trace;
         MemoryBuffer buffer(64, 4096);
         std::size_t length = 99;
         EXPECT_EQ(LegacyRpmUtil::execCommand(command.c_str(), buffer, length), c.expected)

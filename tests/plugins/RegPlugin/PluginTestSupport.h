@@ -1,16 +1,24 @@
-// Helpers shared by the rpm unit tests.
-#ifndef REGSCAN_TESTS_PLUGINS_RPM_RPMTESTSUPPORT_H
-#define REGSCAN_TESTS_PLUGINS_RPM_RPMTESTSUPPORT_H
+// Helpers shared by the plug-in's unit tests.
+#ifndef TESTS_PLUGINS_REGPLUGIN_PLUGINTESTSUPPORT_H
+#define TESTS_PLUGINS_REGPLUGIN_PLUGINTESTSUPPORT_H
 
 #include <gtest/gtest.h>
 #include <stdlib.h>
 
 #include <fstream>
+#include <ostream>
 #include <string>
 
+#include "PluginSDK/String.h"
 #include "trace/Tracer.h"
 
-namespace rpmtest {
+namespace PluginSDK {
+inline void PrintTo(const String& text, std::ostream* out) {
+    *out << '"' << text.toUtf8() << '"';
+}
+}  // namespace PluginSDK
+
+namespace RegPluginTest {
 
 // Sends every trace line into memory while it lives.
 class TraceCapture {
@@ -33,7 +41,7 @@ class TraceCapture {
 class TempDir {
   public:
     TempDir() {
-        char pattern[] = "/tmp/rpm-test-XXXXXX";
+        char pattern[] = "/tmp/regplugin-test-XXXXXX";
         EXPECT_NE(::mkdtemp(pattern), nullptr);
         m_path = pattern;
     }
@@ -62,6 +70,6 @@ inline std::string printable(const std::string& text) {
     return out;
 }
 
-}  // namespace rpmtest
+}  // namespace RegPluginTest
 
 #endif
