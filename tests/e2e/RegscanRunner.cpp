@@ -1,21 +1,18 @@
 #include "RegscanRunner.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <cerrno>
-#include <cstdio>
 #include <cstdlib>
-#include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <set>
 #include <sstream>
-
-extern char** environ;
+#include <system_error>
 
 namespace e2e {
+
+namespace fs = std::filesystem;
 
 namespace {
 
@@ -25,21 +22,9 @@ std::string makeTempDir() {
     return dir == nullptr ? std::string() : std::string(dir);
 }
 
-void makeDirs(const std::string& path) {
-    std::string partial;
-    std::stringstream parts(path);
-    std::string part;
-    while (std::getline(parts, part, '/')) {
-        if (part.empty()) {
-            continue;
-        }
-        partial += "/" + part;
-        mkdir(partial.c_str(), 0755);
-    }
-}
-
 void writeFile(const std::string& path, const std::string& content) {
-    makeDirs(path.substr(0, path.rfind('/')));
+    std::error_code ignored;
+    fs::create_directories(fs::path(path).parent_path(), ignored);
     std::ofstream(path, std::ios::binary) << content;
 }
 
@@ -59,108 +44,62 @@ std::string quote(const std::string& word) {
     return quoted + "'";
 }
 
-std::string topDirectory(const std::string& path) {
-    std::size_t end = path.find('/', 1);
-    return end == std::string::npos ? path : path.substr(0, end);
-}
-
-int runProcess(const std::vector<std::string>& argv, const std::map<std::string, std::string>& env,
-               const std::string& inputPath, const std::string& outPath,
-               const std::string& errPath) {
-    std::map<std::string, std::string> merged;
-    for (char** entry = environ; *entry != nullptr; ++entry) {
-        std::string text(*entry);
-        std::size_t equals = text.find('=');
-        if (equals != std::string::npos) {
-            merged[text.substr(0, equals)] = text.substr(equals + 1);
-        }
+// The sh command that makes a private mount namespace, mounts an overlay over each
+// of `tops` (upper and work layers under `dir`), runs `setup` and then the command
+// given after it.
+std::string inNamespace(const std::string& dir, const std::set<std::string>& tops,
+                        const std::vector<std::string>& setup) {
+    std::string script = "set -e\n";
+    for (const std::string& top : tops) {
+        std::error_code ignored;
+        fs::create_directories(dir + "/upper" + top, ignored);
+        fs::create_directories(dir + "/work" + top, ignored);
+        script += "mount -t overlay overlay -o lowerdir=" + top + ",upperdir=" + dir + "/upper" +
+                  top + ",workdir=" + dir + "/work" + top + " " + top + "\n";
     }
-    for (const auto& [name, value] : env) {
-        merged[name] = value;
+    for (const std::string& command : setup) {
+        script += command + "\n";
     }
-    std::vector<std::string> envText;
-    for (const auto& [name, value] : merged) {
-        envText.push_back(name + "=" + value);
-    }
-    std::vector<char*> envp;
-    for (std::string& entry : envText) {
-        envp.push_back(entry.data());
-    }
-    envp.push_back(nullptr);
-    std::vector<std::string> args = argv;
-    std::vector<char*> cargs;
-    for (std::string& arg : args) {
-        cargs.push_back(arg.data());
-    }
-    cargs.push_back(nullptr);
-
-    pid_t pid = fork();
-    if (pid == 0) {
-        int in = open(inputPath.c_str(), O_RDONLY);
-        int out = open(outPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-        int err = open(errPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-        if (in < 0 || out < 0 || err < 0) {
-            _exit(126);
-        }
-        dup2(in, 0);
-        dup2(out, 1);
-        dup2(err, 2);
-        execve(cargs[0], cargs.data(), envp.data());
-        _exit(127);
-    }
-    int status = 0;
-    while (waitpid(pid, &status, 0) < 0 && errno == EINTR) {
-    }
-    if (WIFEXITED(status)) {
-        return WEXITSTATUS(status);
-    }
-    return 128 + WTERMSIG(status);
+    script += "exec \"$@\"\n";
+    return "/usr/bin/unshare -m --propagation private /bin/sh -c " + quote(script) + " sh";
 }
 
 }  // namespace
 
 RunResult runRegscan(const std::vector<std::string>& args, const RunOptions& options) {
     RunResult result;
-    std::string dir = makeTempDir();
+    const std::string dir = makeTempDir();
     if (dir.empty()) {
         result.err = "cannot make a temporary directory";
         return result;
     }
     writeFile(dir + "/input", options.input);
 
-    std::vector<std::string> argv;
-    if (options.files.empty() && options.setup.empty()) {
-        argv.push_back(REGSCAN_PROGRAM_PATH);
-        argv.insert(argv.end(), args.begin(), args.end());
-    } else {
-        std::string script = "set -e\n";
+    std::string command = "env";
+    for (const auto& [name, value] : options.environment) {
+        command += " " + quote(name + "=" + value);
+    }
+    if (!options.files.empty() || !options.setup.empty()) {
         std::set<std::string> tops;
         for (const auto& [path, content] : options.files) {
-            std::string top = topDirectory(path);
-            tops.insert(top);
+            tops.insert(path.substr(0, path.find('/', 1)));
             writeFile(dir + "/upper" + path, content);
         }
-        for (const std::string& top : tops) {
-            makeDirs(dir + "/upper" + top);
-            makeDirs(dir + "/work" + top);
-            script += "mount -t overlay overlay -o lowerdir=" + top + ",upperdir=" + dir +
-                      "/upper" + top + ",workdir=" + dir + "/work" + top + " " + top + "\n";
-        }
-        for (const std::string& command : options.setup) {
-            script += command + "\n";
-        }
-        script += "exec \"$@\"\n";
-        argv = {"/usr/bin/unshare",  "-m", "--propagation", "private",
-                "/bin/sh",           "-c", script,          "sh",
-                REGSCAN_PROGRAM_PATH};
-        argv.insert(argv.end(), args.begin(), args.end());
+        command += " " + inNamespace(dir, tops, options.setup);
     }
-    result.exitStatus =
-        runProcess(argv, options.environment, dir + "/input", dir + "/out", dir + "/err");
+    command += " " + quote(REGSCAN_PROGRAM_PATH);
+    for (const std::string& arg : args) {
+        command += " " + quote(arg);
+    }
+    command +=
+        " <" + quote(dir + "/input") + " >" + quote(dir + "/out") + " 2>" + quote(dir + "/err");
+    const int status = std::system(command.c_str());
+    result.exitStatus = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
     result.out = readFile(dir + "/out");
     result.err = readFile(dir + "/err");
-    std::string cleanup = "rm -rf " + quote(dir);
-    if (std::system(cleanup.c_str()) != 0) {
+    std::error_code error;
+    fs::remove_all(dir, error);
+    if (error) {
         result.err += "\n(could not remove " + dir + ")";
     }
     return result;
@@ -171,16 +110,14 @@ bool namespacesAvailable() {
         if (geteuid() != 0 || access("/usr/bin/unshare", X_OK) != 0) {
             return false;
         }
-        std::string dir = makeTempDir();
-        makeDirs(dir + "/u");
-        makeDirs(dir + "/w");
-        std::string probe =
-            "/usr/bin/unshare -m --propagation private /bin/sh -c "
-            "'mount -t overlay overlay -o lowerdir=/etc,upperdir=" +
-            dir + "/u,workdir=" + dir + "/w /etc' >/dev/null 2>&1";
-        bool ok = std::system(probe.c_str()) == 0;
-        std::string cleanup = "rm -rf " + quote(dir);
-        ok = std::system(cleanup.c_str()) == 0 && ok;
+        const std::string dir = makeTempDir();
+        if (dir.empty()) {
+            return false;
+        }
+        const std::string probe = inNamespace(dir, {"/etc"}, {}) + " true >/dev/null 2>&1";
+        const bool ok = std::system(probe.c_str()) == 0;
+        std::error_code ignored;
+        fs::remove_all(dir, ignored);
         return ok;
     }();
     return available;
