@@ -61,14 +61,15 @@ TEST(ProgramTest, CommandsResultsTracesAndExitStatus) {
         {"eval OrloProductExists", 3, "", "-10008 ERROR_NO_SUCH_EXPRESSION"},
         {"eval RpmProductInfo", 3, "", "-13000 REG_PLUGIN_ERROR_UNSPECIFIED_CODE"},
         // One reply a line; a bad line makes the exit status 1. Each unknown request
-        // walks a new iterator to its end.
+        // walks a new iterator to its end (listing is off: this machine's packages
+        // would otherwise fill the reply).
         {"batch", 1,
          "{\"code\":0,\"result\":\"FALSE\"}\n{\"error\":\"\\\"names\\\" must be true\"}\n"
          "{\"code\":0}\n{\"code\":0,\"size\":0,\"packages\":[]}\n"
          "{\"code\":0,\"size\":0,\"packages\":[]}\n",
          nullptr,
          "{\"expression\": \"VoidProductExists\"}\n{\"names\": false}\n"
-         "{\"config\": {\"listUnmatchedSoftware\": \"TRUE\"}}\n{\"unknown\": true}\n"
+         "{\"config\": {\"listUnmatchedSoftware\": \"FALSE\"}}\n{\"unknown\": true}\n"
          "{\"unknown\": true}\n"},
         {"batch /dev/null", 0, "", nullptr},
         {"batch /", 2, "", "cannot read /: it is a directory"},

@@ -6,6 +6,8 @@
 #include "cross/dpkg/DpkgProductExists.h"
 #include "cross/dpkg/DpkgProductInfo.h"
 #include "cross/dpkg/DpkgProductList.h"
+#include "cross/package/PackageInfoEqual.h"
+#include "cross/package/PackageInfoMatch.h"
 #include "cross/rpm/RpmProductExists.h"
 #include "cross/rpm/RpmProductInfo.h"
 #include "cross/rpm/RpmProductList.h"
@@ -28,6 +30,8 @@ const ExpressionTableRow* expressionTable(std::size_t& count) {
     // Built on first use: the names are the exported constants of another unit.
     // "OrloProductExists" is exported but deliberately never creatable.
     static const ExpressionTableRow rows[] = {
+        {REG_PLUGIN_EXPRESSION_PACKAGEINFOEQUAL, &create<PackageInfoEqual>},
+        {REG_PLUGIN_EXPRESSION_PACKAGEINFOMATCH, &create<PackageInfoMatch>},
         {REG_PLUGIN_EXPRESSION_VOIDPRODUCTLIST, &create<VoidProductList>},
         {REG_PLUGIN_EXPRESSION_VOIDPRODUCTEXISTS, &create<VoidProductExists>},
         {REG_PLUGIN_EXPRESSION_VOIDPRODUCTINFO, &create<VoidProductInfo>},

@@ -312,12 +312,45 @@ class ValueCache {
     std::unordered_map<std::string_view, PluginSDK::String> m_values;
 };
 
-// Turns the records of the command's output into packages in `cache`. Trace lines
-// go to the scope of the load.
+// The level 3 lines about single records. Records are read while the command still
+// runs, but what the trace tells must follow the load as people read it: the lines
+// are written after "command executed with success, parsing command output", in
+// record order, and never when the command fails. Nothing is held while level 3
+// is filtered out.
+class DeferredLines {
+  public:
+    // Holds "`text``value`" as a level 3 line of source line `line`.
+    void add(int line, const char* text, const PluginSDK::String& value) {
+        if (Tracer::isEnabled(3)) {
+            m_lines.push_back({line, text, value});
+        }
+    }
+
+    // Writes the held lines into `trace` and forgets them.
+    void write(Trace& trace) {
+        for (const Line& held : m_lines) {
+            traceLine(trace, 3, __FILE__, held.line, held.text, held.value);
+        }
+        discard();
+    }
+
+    void discard() { std::vector<Line>().swap(m_lines); }
+
+  private:
+    struct Line {
+        int line;
+        const char* text;
+        PluginSDK::String value;
+    };
+    std::vector<Line> m_lines;
+};
+
+// Turns the records of the command's output into packages in `cache`; the lines it
+// traces are held in `lines`.
 class RecordReader {
   public:
-    RecordReader(CachedDataProvider& cache, Trace& trace)
-        : regTrace_(trace), m_cache(cache), m_names(PropertyNames::get()) {}
+    RecordReader(CachedDataProvider& cache, DeferredLines& lines)
+        : m_lines(lines), m_cache(cache), m_names(PropertyNames::get()) {}
 
     // Reads the record that starts at `record` and is NUL-terminated at `recordEnd`.
     void read(char* record, char* recordEnd) {
@@ -332,7 +365,7 @@ class RecordReader {
                         *p = kFieldSeparator;
                     }
                 }
-                REG_TRACE(3, "skipping line ", record);
+                m_lines.add(__LINE__, "skipping line ", PluginSDK::String(record));
                 return;
             }
         }
@@ -354,11 +387,11 @@ class RecordReader {
         decodeInto(fields[ARCH], text);
 
         const PluginSDK::String fullKey(text.data(), text.size());
-        REG_TRACE(3, "creating new package for ", fullKey);
+        m_lines.add(__LINE__, "creating new package for ", fullKey);
         if (m_cache.find(fullKey) != nullptr) {
             // The cache would not take it; and its short key must not lead to a
             // package that nobody owns.
-            REG_TRACE(3, "skipping duplicate package ", fullKey);
+            m_lines.add(__LINE__, "skipping duplicate package ", fullKey);
             return;
         }
         const PluginSDK::String shortKey(text.data(), shortKeyLength);
@@ -435,7 +468,7 @@ class RecordReader {
         return PluginSDK::String(static_cast<const wchar_t*>(m_elements));
     }
 
-    Trace& regTrace_;  // named for REG_TRACE
+    DeferredLines& m_lines;
     CachedDataProvider& m_cache;
     const PropertyNames& m_names;
     std::wstring m_text;     // keys and the values cut out of them
@@ -559,7 +592,8 @@ TErrorCode LegacyRpmDataProvider::load() {
     // output's length, not its first zero byte, bounds the walk, so a stray zero
     // byte costs one record, not the rest.
     const std::size_t packagesBefore = packages.size();
-    RecordReader reader(*this, regTrace_);
+    DeferredLines lines;
+    RecordReader reader(*this, lines);
     RecordStream stream(reader);
     REG_TRACE(3, "Executing rpm command ", kQueryCommand);
     std::size_t length = 0;
@@ -572,6 +606,7 @@ TErrorCode LegacyRpmDataProvider::load() {
     }
     REG_TRACE(3, "command executed with success, parsing command output");
     stream.finish(buffer, length);
+    lines.write(regTrace_);
     return PluginSDK::RESULT_OK;
 }
 

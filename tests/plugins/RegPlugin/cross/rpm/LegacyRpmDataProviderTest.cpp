@@ -164,6 +164,31 @@ TEST(LegacyRpmDataProviderTest, LoadsRecords) {
     }
 }
 
+// The lines about records come after the command's success, in record order, even
+// though the records are read while the command is still writing.
+TEST(LegacyRpmDataProviderTest, RecordLinesFollowTheCommand) {
+    std::string output;
+    for (int i = 0; i < 3000; ++i) {
+        output += plain("p" + std::to_string(i) + "|1|noarch|1");
+    }
+    output += "cut\vshort\r" + plain("p0|1|noarch|1");
+    FakeRpm rpm(output);
+    LegacyRpmDataProvider provider;
+    TraceCapture trace;
+    ASSERT_EQ(provider.load(), 0);
+    const std::vector<std::string> lines = trace.sink().messages(3);
+    const auto success = std::find(lines.begin(), lines.end(),
+                                   "command executed with success, parsing command output");
+    ASSERT_NE(success, lines.end());
+    ASSERT_EQ(lines.end() - success, 1 + 3000 + 3);
+    for (int i = 0; i < 3000; ++i) {
+        ASSERT_EQ(success[1 + i], "creating new package for p" + std::to_string(i) + "-1-1-noarch");
+    }
+    EXPECT_EQ(success[3001], "skipping line cut\vshort");
+    EXPECT_EQ(success[3002], "creating new package for p0-1-1-noarch");
+    EXPECT_EQ(success[3003], "skipping duplicate package p0-1-1-noarch");
+}
+
 TEST(LegacyRpmDataProviderTest, FailedCommandIsNeverRerun) {
     for (const std::string tail : {"exit 1", "kill -9 $$"}) {
         SCOPED_TRACE(tail);
@@ -181,6 +206,10 @@ TEST(LegacyRpmDataProviderTest, FailedCommandIsNeverRerun) {
         EXPECT_EQ(found, nullptr);
         EXPECT_EQ(rpm.read("calls"), "run\n");
         EXPECT_TRUE(trace.sink().contains("Unable to execute rpm command "));
+        // Records read before the failure leave no lines about packages behind.
+        for (const std::string& message : trace.sink().messages(3)) {
+            EXPECT_EQ(message.find("creating new package for"), std::string::npos) << message;
+        }
         // Read while the command ran, then dropped with both keys.
         EXPECT_EQ(provider.size(), 0);
         EXPECT_EQ(provider.find(L"a-1-1"), nullptr);
