@@ -73,6 +73,12 @@ void ExpressionHandle::setProperty(const std::string& name, const std::string& v
     }
 }
 
+void ExpressionHandle::removeProperty(const std::string& name) {
+    if (m_expression != nullptr) {
+        m_expression->setProperty(toWide(name).c_str(), nullptr);
+    }
+}
+
 Evaluation ExpressionHandle::evaluate() {
     Evaluation evaluation;
     if (m_expression == nullptr) {

@@ -45,6 +45,8 @@ class ExpressionHandle {
     TErrorCode createCode() const { return m_createCode; }
     // Sets one property, replacing an earlier value; ignored when nothing was created.
     void setProperty(const std::string& name, const std::string& value);
+    // Removes one property; ignored when nothing was created.
+    void removeProperty(const std::string& name);
     // Evaluates with the properties set so far, as a scalar or a vector by the
     // expression's kind. May be called again after changing properties.
     Evaluation evaluate();

@@ -38,7 +38,7 @@ struct OptionInfo {
 
 const OptionInfo kOptions[] = {
     {"--plugin", true}, {"--set", true},   {"--trace", true},    {"--trace-file", true},
-    {"--format", true}, {"--help", false}, {"--version", false},
+    {"--format", true}, {"--help", false}, {"--version", false}, {"--catalog", true},
 };
 
 }  // namespace
@@ -140,6 +140,11 @@ Options parseOptions(const std::vector<std::string>& args) {
                 throw UsageError("--format takes table, json or csv, not '" + value + "'");
             }
             formatGiven = true;
+        } else if (name == "--catalog") {
+            if (value.empty()) {
+                throw UsageError("--catalog needs a path");
+            }
+            options.catalogFile = value;
         } else if (name == "--help") {
             options.help = true;
         } else if (name == "--version") {
@@ -183,11 +188,22 @@ Options parseOptions(const std::vector<std::string>& args) {
         if (extra != 0) {
             throw UsageError("inventory takes no arguments");
         }
+    } else if (command == "match") {
+        options.command = Command::Match;
+        if (extra != 0) {
+            throw UsageError("match takes no arguments; the catalog comes with --catalog FILE");
+        }
+        if (options.catalogFile.empty()) {
+            throw UsageError("match needs --catalog FILE");
+        }
     } else {
         throw UsageError("unknown command '" + command + "'");
     }
-    if (formatGiven && options.command != Command::Inventory) {
-        throw UsageError("--format applies to inventory only");
+    if (formatGiven && options.command != Command::Inventory && options.command != Command::Match) {
+        throw UsageError("--format applies to inventory and match only");
+    }
+    if (!options.catalogFile.empty() && options.command != Command::Match) {
+        throw UsageError("--catalog applies to match only");
     }
     return options;
 }
@@ -202,6 +218,12 @@ std::string usageText() {
            "                              without FILE)\n"
            "  inventory [--format table|json|csv]\n"
            "                              list the packages of every known registry\n"
+           "  match --catalog FILE [--format table|json|csv]\n"
+           "                              evaluate every signature of FILE (a JSON array of\n"
+           "                              {\"id\", \"vendor\", \"name\", \"version\",\n"
+           "                              \"ignoreCase\"} glob patterns) as PackageInfoMatch, "
+           "then\n"
+           "                              list the packages that no signature recognised\n"
            "\n"
            "Options:\n"
            "  --plugin PATH        the plug-in library (default: ../lib/libRegPlugin.so\n"
@@ -215,9 +237,10 @@ std::string usageText() {
            "  --help               show this text\n"
            "  --version            show the versions of regscan and of the plug-in\n"
            "\n"
-           "Exit status: 0 success; 1 batch input had bad lines; 2 usage error; 3 the\n"
-           "plug-in answered with an error code (inventory: no registry could be listed);\n"
-           "4 the plug-in cannot be loaded; 5 internal error.\n";
+           "Exit status: 0 success; 1 batch input had bad lines, or catalog entries were\n"
+           "invalid; 2 usage error (also: the catalog cannot be read); 3 the plug-in\n"
+           "answered with an error code (inventory: no registry could be listed); 4 the\n"
+           "plug-in cannot be loaded; 5 internal error.\n";
 }
 
 }  // namespace regscan

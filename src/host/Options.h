@@ -12,15 +12,15 @@ namespace regscan {
 // The program's exit statuses.
 enum ExitStatus {
     EXIT_STATUS_OK = 0,
-    EXIT_STATUS_BAD_REQUEST = 1,  // batch: at least one line was not a valid request
+    EXIT_STATUS_BAD_REQUEST = 1,  // batch: a line was not a valid request; match: an entry
     EXIT_STATUS_USAGE = 2,        // the command line is wrong, or its input cannot be opened
     EXIT_STATUS_CODE = 3,         // the plug-in answered with a non-zero code / nothing listed
     EXIT_STATUS_NO_PLUGIN = 4,    // the plug-in cannot be loaded
     EXIT_STATUS_INTERNAL = 5,     // regscan itself failed (out of memory, ...)
 };
 
-enum class Command { None, Names, Eval, Batch, Inventory };
-enum class InventoryFormat { Table, Json, Csv };
+enum class Command { None, Names, Eval, Batch, Inventory, Match };
+enum class InventoryFormat { Table, Json, Csv };  // also the formats of match
 
 typedef std::vector<std::pair<std::string, std::string>> PropertyList;
 
@@ -41,6 +41,7 @@ struct Options {
     bool batchFromFile = false;  // batch: false reads standard input
     std::string batchFile;
     InventoryFormat format = InventoryFormat::Table;
+    std::string catalogFile;  // match
 };
 
 // A command line that cannot be run; what() says what is wrong.

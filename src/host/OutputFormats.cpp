@@ -2,7 +2,9 @@
 
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <array>
+#include <iterator>
 
 #include "base/Utf8.h"
 
@@ -96,22 +98,30 @@ void writeJson(std::ostream& out, const std::vector<InventoryRecord>& records) {
 
 void writeTable(std::ostream& out, const std::vector<InventoryRecord>& records,
                 std::size_t descriptionWidth) {
-    std::vector<Row> rows;
+    std::vector<std::vector<std::string>> rows;
     rows.reserve(records.size() + 1);
-    rows.push_back(kTableHeader);
+    rows.emplace_back(kTableHeader.begin(), kTableHeader.end());
     for (const InventoryRecord& record : records) {
         Row row = cells(record);
-        for (std::string& cell : row) {
-            cell = printable(std::move(cell));
-        }
         row[kColumns - 1] = truncateToWidth(row[kColumns - 1], descriptionWidth);
-        rows.push_back(std::move(row));
+        rows.emplace_back(std::make_move_iterator(row.begin()), std::make_move_iterator(row.end()));
     }
+    writeColumns(out, rows);
+}
 
-    std::vector<std::array<std::size_t, kColumns>> widths(rows.size());
-    std::array<std::size_t, kColumns> columnWidth{};
-    for (std::size_t r = 0; r < rows.size(); ++r) {
-        for (std::size_t c = 0; c < kColumns; ++c) {
+void writeColumns(std::ostream& out, const std::vector<std::vector<std::string>>& input) {
+    std::size_t columns = 0;
+    for (const std::vector<std::string>& row : input) {
+        columns = std::max(columns, row.size());
+    }
+    std::vector<std::vector<std::string>> rows(input.size());
+    std::vector<std::vector<std::size_t>> widths(input.size());
+    std::vector<std::size_t> columnWidth(columns, 0);
+    for (std::size_t r = 0; r < input.size(); ++r) {
+        rows[r].resize(columns);
+        widths[r].resize(columns);
+        for (std::size_t c = 0; c < input[r].size(); ++c) {
+            rows[r][c] = printable(input[r][c]);
             widths[r][c] = displayWidth(rows[r][c]);
             columnWidth[c] = std::max(columnWidth[c], widths[r][c]);
         }
@@ -120,12 +130,12 @@ void writeTable(std::ostream& out, const std::vector<InventoryRecord>& records,
     std::string line;
     for (std::size_t r = 0; r < rows.size(); ++r) {
         line.clear();
-        for (std::size_t c = 0; c < kColumns; ++c) {
+        for (std::size_t c = 0; c < columns; ++c) {
             if (c > 0) {
                 line += "  ";
             }
             line += rows[r][c];
-            if (c + 1 < kColumns) {
+            if (c + 1 < columns) {
                 line.append(columnWidth[c] - widths[r][c], ' ');
             }
         }

@@ -41,6 +41,11 @@ void writeJson(std::ostream& out, const std::vector<InventoryRecord>& records);
 void writeTable(std::ostream& out, const std::vector<InventoryRecord>& records,
                 std::size_t descriptionWidth = kTableDescriptionWidth);
 
+// `rows` (the first is normally a header) as aligned columns, the same way as
+// writeTable: two blanks between columns, control characters shown as blanks, no
+// trailing blanks. Short rows are padded with empty cells.
+void writeColumns(std::ostream& out, const std::vector<std::vector<std::string>>& rows);
+
 }  // namespace regscan
 
 #endif

@@ -11,6 +11,7 @@
 #include "CodeNames.h"
 #include "Evaluation.h"
 #include "Inventory.h"
+#include "Match.h"
 #include "Options.h"
 #include "OutputFormats.h"
 #include "PluginLibrary.h"
@@ -113,6 +114,63 @@ int runInventory(PluginSDK::Plugin& plugin, const Options& options, const CodeNa
     return inventory.listedRegistries > 0 ? EXIT_STATUS_OK : EXIT_STATUS_CODE;
 }
 
+int runMatchCommand(PluginSDK::Plugin& plugin, const Options& options, const CodeNames& names,
+                    std::ostream& out, std::ostream& err) {
+    struct stat info;
+    if (stat(options.catalogFile.c_str(), &info) == 0 && S_ISDIR(info.st_mode)) {
+        err << "regscan: cannot read catalog " << options.catalogFile << ": it is a directory\n";
+        return EXIT_STATUS_USAGE;
+    }
+    std::ifstream file(options.catalogFile, std::ios::binary);
+    if (!file) {
+        err << "regscan: cannot open catalog " << options.catalogFile << ": "
+            << std::strerror(errno) << '\n';
+        return EXIT_STATUS_USAGE;
+    }
+    std::vector<Signature> catalog;
+    try {
+        catalog = readCatalog(file);
+    } catch (const CatalogError& e) {
+        err << "regscan: cannot read catalog " << options.catalogFile << ": " << e.what() << '\n';
+        return EXIT_STATUS_USAGE;
+    }
+    bool invalid = false;
+    for (const Signature& signature : catalog) {
+        if (!signature.problem.empty()) {
+            err << "regscan: " << options.catalogFile << ": " << signature.problem << '\n';
+            invalid = true;
+        }
+    }
+    MatchReport report = runMatch(plugin, catalog);
+    bool failed = !report.unknown.available || report.unknown.initCode != 0;
+    for (const SignatureResult& result : report.signatures) {
+        if (result.evaluated && result.code != 0) {
+            err << "regscan: signature " << result.signature.id << ": "
+                << names.describe(result.code) << '\n';
+            failed = true;
+        }
+    }
+    if (report.unknown.available && report.unknown.initCode != 0) {
+        err << "regscan: unknown software: " << names.describe(report.unknown.initCode) << '\n';
+    }
+    switch (options.format) {
+        case InventoryFormat::Table:
+            writeMatchTable(out, report, names);
+            break;
+        case InventoryFormat::Json:
+            writeMatchJson(out, report, names);
+            break;
+        case InventoryFormat::Csv:
+            writeMatchCsv(out, report, names);
+            break;
+    }
+    out.flush();
+    if (invalid) {
+        return EXIT_STATUS_BAD_REQUEST;
+    }
+    return failed ? EXIT_STATUS_CODE : EXIT_STATUS_OK;
+}
+
 }  // namespace
 
 int runProgram(const std::vector<std::string>& args, std::istream& in, std::ostream& out,
@@ -123,7 +181,8 @@ int runProgram(const std::vector<std::string>& args, std::istream& in, std::ostr
     } catch (const UsageError& e) {
         err << "regscan: " << e.what() << "\n"
             << "usage: regscan [OPTIONS] names | eval NAME [PROP=VALUE ...] | batch [FILE] |\n"
-            << "       inventory [--format table|json|csv]\n"
+            << "       inventory [--format table|json|csv] |\n"
+            << "       match --catalog FILE [--format table|json|csv]\n"
             << "Try 'regscan --help' for more.\n";
         return EXIT_STATUS_USAGE;
     }
@@ -189,6 +248,8 @@ int runProgram(const std::vector<std::string>& args, std::istream& in, std::ostr
             return runBatch(plugin, options, in, out, err);
         case Command::Inventory:
             return runInventory(plugin, options, names, out, err);
+        case Command::Match:
+            return runMatchCommand(plugin, options, names, out, err);
         case Command::None:
             break;
     }
