@@ -1,5 +1,7 @@
 #include "common/CachedDataProvider.h"
 
+#include "RegPluginConstants.h"
+
 namespace RegPlugin {
 
 CachedDataProvider::CachedDataProvider() : cursor(packages.begin()) {}
@@ -17,6 +19,7 @@ TErrorCode CachedDataProvider::add(RegistryPackage* package) {
     }
     packages.push_back(package);
     index.emplace(package->key, package);
+    dropMatchFields();
     return PluginSDK::RESULT_OK;
 }
 
@@ -65,7 +68,42 @@ TErrorCode CachedDataProvider::clear() {
     if (!index.empty()) {
         index.clear();
     }
+    dropMatchFields();
     return PluginSDK::RESULT_OK;
+}
+
+const std::vector<CachedDataProvider::MatchFields>& CachedDataProvider::matchFields() {
+    if (m_matchFieldsMade) {
+        return m_matchFields;
+    }
+    const PluginSDK::String names[3] = {REG_PLUGIN_PROPERTY_FIELD_NAME,
+                                        REG_PLUGIN_PROPERTY_FIELD_VERSION,
+                                        REG_PLUGIN_PROPERTY_FIELD_VENDOR};
+    m_matchFields.clear();
+    m_matchFields.reserve(packages.size());
+    for (RegistryPackage* package : packages) {
+        if (package == nullptr) {
+            continue;
+        }
+        MatchFields fields{package, {}, {}, {}, false};
+        PluginSDK::String* values[3] = {&fields.name, &fields.version, &fields.vendor};
+        int read = 0;
+        while (read < 3 &&
+               package->getProperty(names[read], *values[read]) == PluginSDK::RESULT_OK) {
+            ++read;
+        }
+        fields.complete = read == 3;
+        m_matchFields.push_back(std::move(fields));
+    }
+    m_matchFieldsMade = true;
+    return m_matchFields;
+}
+
+void CachedDataProvider::dropMatchFields() {
+    if (m_matchFieldsMade) {
+        std::vector<MatchFields>().swap(m_matchFields);
+        m_matchFieldsMade = false;
+    }
 }
 
 }  // namespace RegPlugin

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <list>
 #include <map>
+#include <vector>
 
 #include "common/RegistryDataProvider.h"
 
@@ -36,10 +37,34 @@ class CachedDataProvider : public RegistryDataProvider {
     // the destructor calls it. Returns 0.
     virtual TErrorCode clear();
 
+    // One package with the three fields the pattern query compares.
+    struct MatchFields {
+        RegistryPackage* package;
+        PluginSDK::String vendor;
+        PluginSDK::String name;
+        PluginSDK::String version;
+        bool complete;  // all three were read
+    };
+    // The packages in load order with "name", "version" and "vendor" read through
+    // getProperty, in that order, stopping at the first that fails. Made on the
+    // first call and again after the list changed (add, clear, dropMatchFields).
+    // For a loaded registry, whose packages and values no longer change, it holds
+    // what walking the keys with getPackage and getProperty would give, without a
+    // key lookup and three property lookups per package and evaluation. Valid until
+    // the next change of the cache.
+    const std::vector<MatchFields>& matchFields();
+
   protected:
+    // Forgets the view of matchFields(); call it after changing `packages` directly.
+    void dropMatchFields();
+
     std::list<RegistryPackage*> packages;
     std::map<PluginSDK::String, RegistryPackage*> index;
     std::list<RegistryPackage*>::iterator cursor;
+
+  private:
+    std::vector<MatchFields> m_matchFields;
+    bool m_matchFieldsMade = false;
 };
 
 }  // namespace RegPlugin

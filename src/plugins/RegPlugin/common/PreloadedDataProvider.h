@@ -17,7 +17,9 @@ class PreloadedDataProvider : public CachedDataProvider {
     PreloadedDataProvider();
     ~PreloadedDataProvider() override;
 
-    // Appends (does not replace) the keys of kind `type`, in load order.
+    // Appends (does not replace) the keys of kind `type`, in load order. The pattern
+    // query reads a loaded cache directly (matchFields) instead of listing keys, so
+    // a subclass must not list anything else here.
     TErrorCode enumPackages(RegistryPackage::Type type, PluginSDK::StringVector& keys) override;
     TErrorCode getPackage(const PluginSDK::String& key, RegistryPackage** package) override;
     TErrorCode packageExists(const PluginSDK::String& key, bool& exists) override;

@@ -5,6 +5,7 @@
 #include "RegPluginConstants.h"
 #include "base/GlobFilter.h"
 #include "common/PluginTrace.h"
+#include "common/PreloadedDataProvider.h"
 #include "common/RegistryDataProviderFactory.h"
 #include "cross/package/SearchedProviders.h"
 
@@ -117,6 +118,14 @@ TErrorCode PackageInfoMatch::lookupPackageInRegistry(const PluginSDK::String& ve
         return rc;
     }
 
+    // Vendor first, then name, then version; the first that fails ends the test.
+    const auto matches = [&](const PluginSDK::String& packageVendorText,
+                             const PluginSDK::String& packageNameText,
+                             const PluginSDK::String& packageVersionText) {
+        return passes(packageVendorText, vendor, vendorFilter) &&
+               passes(packageNameText, name, nameFilter) &&
+               passes(packageVersionText, version, versionFilter);
+    };
     // Made once per evaluation, not once per package.
     const PluginSDK::String nameField(REG_PLUGIN_PROPERTY_FIELD_NAME);
     const PluginSDK::String versionField(REG_PLUGIN_PROPERTY_FIELD_VERSION);
@@ -132,6 +141,29 @@ TErrorCode PackageInfoMatch::lookupPackageInRegistry(const PluginSDK::String& ve
             continue;
         }
         REG_TRACE(3, "Provider [", i, "] available, extracting data");
+        auto* preloaded = dynamic_cast<PreloadedDataProvider*>(provider);
+        if (preloaded != nullptr) {
+            // A loaded registry no longer changes: its packages' fields are read
+            // once, not once per evaluation. Same packages, order and answers as the
+            // walk over the keys below.
+            if (preloaded->preload() != PluginSDK::RESULT_OK) {
+                REG_TRACE(1, "enumeration of provider [", i, "] failed");
+                continue;
+            }
+            for (const CachedDataProvider::MatchFields& fields : preloaded->matchFields()) {
+                if (!fields.complete) {
+                    REG_TRACE(1, "cant extract all information about package");
+                    continue;
+                }
+                if (matches(fields.vendor, fields.name, fields.version)) {
+                    REG_TRACE(3, "Found software: VENDOR [", fields.vendor, "] NAME [", fields.name,
+                              "] VERSION [", fields.version, "]");
+                    found = true;
+                    ++fields.package->matchCount;
+                }
+            }
+            continue;
+        }
         PluginSDK::StringVector keys;
         if (provider->enumPackages(RegistryPackage::ANY, keys) != PluginSDK::RESULT_OK) {
             REG_TRACE(1, "enumeration of provider [", i, "] failed");
@@ -151,15 +183,12 @@ TErrorCode PackageInfoMatch::lookupPackageInRegistry(const PluginSDK::String& ve
                 REG_TRACE(1, "cant extract all information about package");
                 continue;
             }
-            if (!passes(packageVendor, vendor, vendorFilter) ||
-                !passes(packageName, name, nameFilter) ||
-                !passes(packageVersion, version, versionFilter)) {
-                continue;
+            if (matches(packageVendor, packageName, packageVersion)) {
+                REG_TRACE(3, "Found software: VENDOR [", packageVendor, "] NAME [", packageName,
+                          "] VERSION [", packageVersion, "]");
+                found = true;
+                ++package->matchCount;
             }
-            REG_TRACE(3, "Found software: VENDOR [", packageVendor, "] NAME [", packageName,
-                      "] VERSION [", packageVersion, "]");
-            found = true;
-            ++package->matchCount;
         }
     }
     return PluginSDK::RESULT_OK;

@@ -628,6 +628,7 @@ void LegacyRpmDataProvider::dropPackagesFrom(std::size_t count) {
     }
     packages.erase(first, packages.end());
     cursor = packages.begin();
+    dropMatchFields();
 }
 
 wchar_t* LegacyRpmDataProvider::parseRpmArray(char* i_String) {
