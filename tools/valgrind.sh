@@ -29,4 +29,17 @@ for test in "$build"/bin/sdk_*_tests "$build"/bin/plugin_*_tests "$build"/bin/in
         tail -n 1 "$build/valgrind-$(basename "$test").log"
     fi
 done
+# The program itself, on this machine's registries.
+for command in "inventory" "match --catalog examples/catalog.json"; do
+    echo "== regscan $command"
+    # shellcheck disable=SC2086
+    if ! valgrind --quiet --error-exitcode=99 --leak-check=full \
+        --errors-for-leak-kinds=definite,indirect "$build/bin/regscan" $command \
+        >/dev/null 2>"$build/valgrind-regscan.log"; then
+        echo "   FAILED: see $build/valgrind-regscan.log"
+        status=1
+    else
+        echo "   clean"
+    fi
+done
 exit $status
