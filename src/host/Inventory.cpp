@@ -17,6 +17,12 @@ const std::vector<RegistrySource>& knownRegistries() {
          "DpkgProductInfo",
          "the dpkg status file /var/lib/dpkg/status could not be read",
          {}},
+        // A missing vpd.properties is no failure: the List is empty then.
+        {"ismp",
+         "IsmpProductList",
+         "IsmpProductInfo",
+         "root's ISMP registry file vpd.properties could not be opened or has a malformed line",
+         {}},
     };
     return registries;
 }

@@ -6,6 +6,9 @@
 #include "cross/dpkg/DpkgProductExists.h"
 #include "cross/dpkg/DpkgProductInfo.h"
 #include "cross/dpkg/DpkgProductList.h"
+#include "cross/ismp/IsmpProductExists.h"
+#include "cross/ismp/IsmpProductInfo.h"
+#include "cross/ismp/IsmpProductList.h"
 #include "cross/package/PackageInfoEqual.h"
 #include "cross/package/PackageInfoMatch.h"
 #include "cross/rpm/RpmProductExists.h"
@@ -41,6 +44,9 @@ const ExpressionTableRow* expressionTable(std::size_t& count) {
         {REG_PLUGIN_EXPRESSION_DPKGPRODUCTLIST, &create<DpkgProductList>},
         {REG_PLUGIN_EXPRESSION_DPKGPRODUCTEXISTS, &create<DpkgProductExists>},
         {REG_PLUGIN_EXPRESSION_DPKGPRODUCTINFO, &create<DpkgProductInfo>},
+        {REG_PLUGIN_EXPRESSION_ISMPPRODUCTLIST, &create<IsmpProductList>},
+        {REG_PLUGIN_EXPRESSION_ISMPPRODUCTEXISTS, &create<IsmpProductExists>},
+        {REG_PLUGIN_EXPRESSION_ISMPPRODUCTINFO, &create<IsmpProductInfo>},
     };
     count = sizeof(rows) / sizeof(rows[0]);
     return rows;

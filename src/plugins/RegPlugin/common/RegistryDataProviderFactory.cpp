@@ -4,6 +4,7 @@
 #include "base/String.h"
 #include "common/PluginTrace.h"
 #include "cross/dpkg/DpkgDataProvider.h"
+#include "cross/ismp/IsmpDataProvider.h"
 #include "cross/rpm/LegacyRpmDataProvider.h"
 
 namespace RegPlugin {
@@ -45,6 +46,7 @@ RegistryDataProvider* createDataProvider(RegistryDataProviderFactory::DataProvid
         case RegistryDataProviderFactory::DPKG_PROVIDER:
             return new DpkgDataProvider();
         case RegistryDataProviderFactory::ISMP_PROVIDER:
+            return new IsmpDataProvider();
         case RegistryDataProviderFactory::CORVU_PROVIDER:
         case RegistryDataProviderFactory::TESSEL_PROVIDER:
         case RegistryDataProviderFactory::ANYWHERE_PROVIDER:

@@ -4,6 +4,7 @@
 
 #include "CommonFakes.h"
 #include "cross/dpkg/DpkgDataProvider.h"
+#include "cross/ismp/IsmpDataProvider.h"
 #include "cross/rpm/LegacyRpmDataProvider.h"
 
 namespace RegPluginTest {
@@ -31,7 +32,10 @@ TEST_F(RegistryDataProviderFactoryTest, CreatesOneProviderPerClass) {
     EXPECT_EQ(Factory::getDataProvider(Factory::OS_PROVIDER), os);
     auto* dpkg = Factory::getDataProvider(Factory::DPKG_PROVIDER);
     EXPECT_NE(dynamic_cast<RegPlugin::DpkgDataProvider*>(dpkg), nullptr);
-    for (auto which : {Factory::ISMP_PROVIDER, Factory::ANYWHERE_PROVIDER, Factory::ORLO_PROVIDER})
+    EXPECT_NE(dynamic_cast<RegPlugin::IsmpDataProvider*>(
+                  Factory::getDataProvider(Factory::ISMP_PROVIDER)),
+              nullptr);
+    for (auto which : {Factory::ANYWHERE_PROVIDER, Factory::ORLO_PROVIDER})
         EXPECT_EQ(Factory::getDataProvider(which), nullptr) << "class " << which;
 }
 
