@@ -2,16 +2,18 @@
 // ISMP registry and a dpkg status file, against a plain loop applying the same
 // compiled patterns to the same (vendor, name, version) triples held in a vector.
 //
-//     match_eval VPD_FILE DPKG_STATUS [SIGNATURES [RUNS]]
+//     match_eval VPD_FILE DPKG_STATUS [SIGNATURES [RUNS [CATALOG_OUT]]]
 //
 // The rpm database is the one the environment names (HOME with its ~/.rpmmacros).
 // Loads are done before the clock starts; both loops count the package checks
-// (signatures x packages) and the matches, which must agree.
+// (signatures x packages) and the matches, which must agree. With CATALOG_OUT the
+// signatures are also written there as a regscan match catalog, so that the whole
+// program can be timed on the same rules.
 #include <algorithm>
-#include <cwctype>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <cwctype>
 #include <memory>
 #include <random>
 #include <string>
@@ -133,6 +135,42 @@ long evaluatePlugin(const std::vector<Signature>& signatures) {
     return found;
 }
 
+// `text` as a JSON string.
+std::string jsonString(const std::wstring& text) {
+    std::string out = "\"";
+    for (wchar_t c : text) {
+        if (c == L'"' || c == L'\\') {
+            out += '\\';
+        }
+        if (c < 0x80) {
+            out += static_cast<char>(c);
+        } else {
+            char escape[16];
+            std::snprintf(escape, sizeof escape, "\\u%04x", static_cast<unsigned>(c & 0xffff));
+            out += escape;
+        }
+    }
+    return out + "\"";
+}
+
+void writeCatalog(const char* path, const std::vector<Signature>& signatures) {
+    FILE* out = std::fopen(path, "w");
+    if (out == nullptr) {
+        std::perror(path);
+        std::exit(1);
+    }
+    std::fputs("[\n", out);
+    for (std::size_t i = 0; i < signatures.size(); ++i) {
+        const Signature& s = signatures[i];
+        std::fprintf(out, "{\"id\": \"s%zu\", \"vendor\": %s, \"name\": %s, \"version\": %s%s}%s\n",
+                     i, jsonString(s.vendor).c_str(), jsonString(s.name).c_str(),
+                     jsonString(s.version).c_str(), s.ignoreCase ? ", \"ignoreCase\": true" : "",
+                     i + 1 < signatures.size() ? "," : "");
+    }
+    std::fputs("]\n", out);
+    std::fclose(out);
+}
+
 bool passes(const std::wstring& field, const std::wstring& pattern, const GlobFilter& filter) {
     return field == pattern || filter.match(field.c_str()) == 0;
 }
@@ -160,7 +198,8 @@ long evaluateFloor(const std::vector<Signature>& signatures, const std::vector<T
 
 int main(int argc, char** argv) {
     if (argc < 3) {
-        std::fprintf(stderr, "usage: %s VPD_FILE DPKG_STATUS [SIGNATURES [RUNS]]\n", argv[0]);
+        std::fprintf(stderr, "usage: %s VPD_FILE DPKG_STATUS [SIGNATURES [RUNS [CATALOG_OUT]]]\n",
+                     argv[0]);
         return 2;
     }
     const int count = argc > 3 ? std::atoi(argv[3]) : 1000;
@@ -174,6 +213,9 @@ int main(int argc, char** argv) {
 
     const std::vector<Triple> triples = collectTriples();
     const std::vector<Signature> signatures = makeSignatures(triples, count);
+    if (argc > 5) {
+        writeCatalog(argv[5], signatures);
+    }
     const double checks = static_cast<double>(triples.size()) * signatures.size();
 
     std::vector<double> plugin, floor;
