@@ -241,6 +241,8 @@ TEST_F(DpkgFamilyTest, AnswersFromTheStatusFile) {
             {"installed only, first paragraph of a name", expr("DpkgProductList"), 0,
              json::array({"alpha", "gamma"})},
             {"filter", expr("DpkgProductList", {{"filter", "g*"}}), 0, json::array({"gamma"})},
+            {"filters are case-sensitive", expr("DpkgProductList", {{"filter", "G*"}}), 0,
+             json::array()},
             {"bad type", expr("DpkgProductList", {{"type", "driver"}}), -13006, json::array()},
             {"installed", expr("DpkgProductExists", {{"code", "gamma"}}), 0, "TRUE"},
             {"config files only", expr("DpkgProductExists", {{"code", "beta"}}), 0, "FALSE"},
