@@ -1,8 +1,12 @@
 #!/usr/bin/env bash
-# Installs what building and testing need. Safe to run again.
+# Installs what building, testing and benchmarking need. Safe to run again.
+# The tests use real components and fail without them: rpm (rpm and rpmbuild, for
+# the test rpm database), dpkg (dpkg-query), util-linux (unshare) and mount (overlay
+# and tmpfs mounts in a private mount namespace), python3 (tools/make-dpkg-status.py);
+# time (/usr/bin/time) is for the benchmarks.
 set -euo pipefail
 packages=(cmake g++ make libgtest-dev libexpat1-dev nlohmann-json3-dev rpm dpkg time util-linux
-          python3)
+          python3 mount)
 missing=()
 for p in "${packages[@]}"; do
     dpkg-query -W -f '${Status}' "$p" 2>/dev/null | grep -q ' installed$' || missing+=("$p")

@@ -11,6 +11,8 @@
 #include <string>
 #include <vector>
 
+#include "Inventory.h"
+#include "RealComponents.h"
 #include "RegscanRunner.h"
 
 namespace {
@@ -79,10 +81,12 @@ json expr(const char* name, json properties = json::object()) {
     return json{{"expression", name}, {"properties", properties}};
 }
 
-// synthN of the test database: version (N%7).(N%13).N, release (N%5+1).el9,
-// arch noarch, vendor "Vendor (N%17) Inc." except when N%9 == 0, where it
-// inherits the base package's "Example Vendor".
+// synthN of the test database (tools/make-rpmdb.sh): version (N%7).(N%13).N,
+// release (N%5+1).el9, arch noarch, vendor "Vendor (N%17) Inc." except when
+// N%9 == 0 (no vendor); files under /opt/synthN/ and /usr/share/doc/synthN/, or
+// when N%4 == 0 under /etc/synthN/, /usr/share/synthN/ and /usr/share/doc/synthN/.
 const char* kSynth1 = "synth1-1.1.1-2.el9-noarch";
+const char* kSynth4 = "synth4-4.4.4-5.el9-noarch";
 const char* kSynth9 = "synth9-2.9.9-5.el9-noarch";
 
 std::vector<std::string> synthKeysStartingWith1() {
@@ -98,9 +102,7 @@ std::vector<std::string> synthKeysStartingWith1() {
 class RpmFamilyTest : public ::testing::Test {
   protected:
     void SetUp() override {
-        if (!rpmDatabaseBuilt()) {
-            GTEST_SKIP() << "no test rpm database at " << kRpmHome;
-        }
+        REGSCAN_REQUIRE_COMPONENT(rpmDatabaseBuilt(), "no test rpm database at " << kRpmHome);
         options.environment["HOME"] = kRpmHome;
     }
     e2e::RunOptions options;
@@ -121,10 +123,13 @@ TEST_F(RpmFamilyTest, AnswersFromTheRealDatabase) {
              "1.1.1-2.el9"},
             {"vendor", expr("RpmProductInfo", {{"code", kSynth1}, {"field", "vendor"}}), 0,
              "Vendor 1 Inc."},
-            {"vendor inherited from the base package",
-             expr("RpmProductInfo", {{"code", kSynth9}, {"field", "vendor"}}), 0, "Example Vendor"},
+            {"no vendor: rpm's own text for it",
+             expr("RpmProductInfo", {{"code", kSynth9}, {"field", "vendor"}}), 0, "(none)"},
             {"install roots", expr("RpmProductInfo", {{"code", kSynth1}, {"field", "installDir"}}),
              0, "/opt/synth1/;/usr/share/doc/synth1/"},
+            {"install roots merged below /usr/share",
+             expr("RpmProductInfo", {{"code", kSynth4}, {"field", "installDir"}}), 0,
+             "/etc/synth4/;/usr/share/"},
             {"summary", expr("RpmProductInfo", {{"code", kSynth1}, {"field", "description"}}), 0,
              "Synthetic package number 1 for inventory tests"},
             {"arch", expr("RpmProductInfo", {{"code", kSynth1}, {"field", "arch"}}), 0, "noarch"},
@@ -223,9 +228,8 @@ const char* kStatusFixture =
 class DpkgFamilyTest : public ::testing::Test {
   protected:
     void SetUp() override {
-        if (!e2e::namespacesAvailable()) {
-            GTEST_SKIP() << "needs root with mount namespaces and overlay mounts";
-        }
+        REGSCAN_REQUIRE_COMPONENT(e2e::namespacesAvailable(),
+                                  "needs root with unshare, mount namespaces and overlay mounts");
         options.files["/var/lib/dpkg/status"] = kStatusFixture;
     }
     e2e::RunOptions options;
@@ -237,6 +241,8 @@ TEST_F(DpkgFamilyTest, AnswersFromTheStatusFile) {
             {"installed only, first paragraph of a name", expr("DpkgProductList"), 0,
              json::array({"alpha", "gamma"})},
             {"filter", expr("DpkgProductList", {{"filter", "g*"}}), 0, json::array({"gamma"})},
+            {"filters are case-sensitive", expr("DpkgProductList", {{"filter", "G*"}}), 0,
+             json::array()},
             {"bad type", expr("DpkgProductList", {{"type", "driver"}}), -13006, json::array()},
             {"installed", expr("DpkgProductExists", {{"code", "gamma"}}), 0, "TRUE"},
             {"config files only", expr("DpkgProductExists", {{"code", "beta"}}), 0, "FALSE"},
@@ -268,6 +274,84 @@ TEST_F(DpkgFamilyTest, AMissingStatusFileFailsTheFamily) {
             {"exists", expr("DpkgProductExists", {{"code", "alpha"}}), -13111, ""},
         },
         options);
+}
+
+// `regscan inventory` end to end, each registry readable or not: every package of
+// the registries that list, one line on standard error for each that cannot, and
+// exit status 0 while at least one registry lists, 3 when none can.
+TEST(InventoryTest, ListsWhatItCanAndFailsOnlyWhenNothingLists) {
+    REGSCAN_REQUIRE_COMPONENT(rpmDatabaseBuilt(), "no test rpm database at " << kRpmHome);
+    REGSCAN_REQUIRE_COMPONENT(e2e::namespacesAvailable(),
+                              "needs root with unshare, mount namespaces and overlay mounts");
+    char pattern[] = "/tmp/regscan-fake-rpm-XXXXXX";
+    ASSERT_NE(mkdtemp(pattern), nullptr);
+    const std::string fakeRpmDir = pattern;
+    std::ofstream(fakeRpmDir + "/rpm") << "#!/bin/sh\nexit 1\n";
+    chmod((fakeRpmDir + "/rpm").c_str(), 0755);
+
+    const json rpmRecord = {{"registry", "rpm"},
+                            {"key", kSynth4},
+                            {"name", "synth4"},
+                            {"version", "4.4.4-5.el9"},
+                            {"vendor", "Vendor 4 Inc."},
+                            {"installDir", "/etc/synth4/;/usr/share/"},
+                            {"description", "Synthetic package number 4 for inventory tests"}};
+    const json dpkgRecord = {{"registry", "dpkg"},
+                             {"key", "alpha"},
+                             {"name", "alpha"},
+                             {"version", "1:2.3-4"},
+                             {"vendor", ""},
+                             {"installDir", ""},
+                             {"description", "the first line only"}};
+    const struct {
+        bool rpm, dpkg;  // the registry can be read
+    } cases[] = {{true, true}, {true, false}, {false, true}, {false, false}};
+    for (const auto& c : cases) {
+        const std::string label = std::string("rpm ") + (c.rpm ? "readable" : "failing") +
+                                  ", dpkg " + (c.dpkg ? "readable" : "missing");
+        e2e::RunOptions options;
+        if (c.rpm) {
+            options.environment["HOME"] = kRpmHome;
+        } else {
+            options.environment["PATH"] = fakeRpmDir + ":" + std::getenv("PATH");
+        }
+        if (c.dpkg) {
+            options.files["/var/lib/dpkg/status"] = kStatusFixture;
+        } else {
+            options.setup.push_back("mount -t tmpfs tmpfs /var/lib/dpkg");
+        }
+        const e2e::RunResult run = e2e::runRegscan({"inventory", "--format", "json"}, options);
+        SCOPED_TRACE(label + "\nstderr:\n" + run.err);
+        const json records = json::parse(run.out, nullptr, false);
+        ASSERT_TRUE(records.is_array()) << run.out;
+        std::size_t rpmCount = 0, dpkgCount = 0;
+        bool rpmSeen = false, dpkgSeen = false;
+        for (const json& record : records) {
+            rpmCount += record["registry"] == "rpm";
+            dpkgCount += record["registry"] == "dpkg";
+            rpmSeen = rpmSeen || record == rpmRecord;
+            dpkgSeen = dpkgSeen || record == dpkgRecord;
+        }
+        EXPECT_EQ(rpmCount, c.rpm ? 40u : 0u);
+        EXPECT_EQ(rpmSeen, c.rpm);
+        EXPECT_EQ(dpkgCount, c.dpkg ? 2u : 0u);
+        EXPECT_EQ(dpkgSeen, c.dpkg);
+        EXPECT_EQ(run.err.find("rpm: cannot list packages (-13111 "
+                               "REG_PLUGIN_ERROR_UNABLE_TO_GET_PROGRAM_LIST): the rpm database "
+                               "could not be read; is rpm installed?\n") != std::string::npos,
+                  !c.rpm);
+        EXPECT_EQ(run.err.find("dpkg: cannot list packages (-13111 "
+                               "REG_PLUGIN_ERROR_UNABLE_TO_GET_PROGRAM_LIST): the dpkg status file "
+                               "/var/lib/dpkg/status could not be read\n") != std::string::npos,
+                  !c.dpkg);
+        // Registries beyond these two list or fail as this machine has them.
+        std::size_t failed = 0;
+        for (const std::string& line : e2e::lines(run.err)) {
+            failed += line.find(": cannot list packages") != std::string::npos;
+        }
+        EXPECT_EQ(run.exitStatus, failed == regscan::knownRegistries().size() ? 3 : 0);
+    }
+    std::system(("rm -rf " + fakeRpmDir).c_str());
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
-// The provider on the machine's own dpkg status file, against what dpkg-query
-// reports from the same file.
+// The provider on the machine's own dpkg status file and on a large generated one
+// (tools/make-dpkg-status.py), against what dpkg-query reports from the same file.
 #include <gtest/gtest.h>
 #include <stdio.h>
 #include <unistd.h>
@@ -8,6 +8,7 @@
 #include <set>
 #include <string>
 
+#include "RealComponents.h"
 #include "RegPluginConstants.h"
 #include "common/RegistryPackage.h"
 #include "cross/dpkg/DpkgDataProvider.h"
@@ -22,12 +23,14 @@ struct Installed {
 };
 
 // name -> versions and summary of the instances that dpkg-query reports as
-// installed. False when the command cannot be run.
-bool queryInstalled(std::map<std::string, Installed>& out) {
-    FILE* pipe = ::popen(
-        "dpkg-query --admindir=/var/lib/dpkg -W -f "
-        "'${Package}\\t${db:Status-Status}\\t${Version}\\t${binary:Summary}\\n' 2>/dev/null",
-        "r");
+// installed from the admin directory `admindir`. False when the command cannot be
+// run.
+bool queryInstalled(const std::string& admindir, std::map<std::string, Installed>& out) {
+    const std::string command =
+        "dpkg-query --admindir='" + admindir +
+        "' -W -f '${Package}\\t${db:Status-Status}\\t${Version}\\t${binary:Summary}\\n' "
+        "2>/dev/null";
+    FILE* pipe = ::popen(command.c_str(), "r");
     if (pipe == nullptr) {
         return false;
     }
@@ -61,16 +64,10 @@ std::string property(RegistryPackage* package, const wchar_t* name) {
     return value.toUtf8();
 }
 
-TEST(DpkgRealStatusTest, MatchesDpkgQuery) {
-    if (::access(RegPlugin::DPKG_STATUS_FILE, R_OK) != 0) {
-        GTEST_SKIP() << RegPlugin::DPKG_STATUS_FILE << " is not readable on this machine";
-    }
-    std::map<std::string, Installed> expected;
-    if (!queryInstalled(expected)) {
-        GTEST_SKIP() << "dpkg-query cannot be run on this machine";
-    }
-
-    RegPlugin::DpkgDataProvider provider;  // the default: the real status file
+// Loads `statusFile` and compares every installed package with `expected`.
+void expectSameAsDpkgQuery(const char* statusFile,
+                           const std::map<std::string, Installed>& expected) {
+    RegPlugin::DpkgDataProvider provider(statusFile);
     PluginSDK::StringVector keys;
     ASSERT_EQ(provider.enumPackages(RegistryPackage::ANY, keys), 0);
     std::set<std::string> names;
@@ -96,6 +93,37 @@ TEST(DpkgRealStatusTest, MatchesDpkgQuery) {
         EXPECT_EQ(property(package, REG_PLUGIN_PROPERTY_FIELD_DESCRIPTION), entry.second.summary)
             << entry.first;
     }
+}
+
+TEST(DpkgRealStatusTest, MatchesDpkgQuery) {
+    REGSCAN_REQUIRE_COMPONENT(::access(RegPlugin::DPKG_STATUS_FILE, R_OK) == 0,
+                              RegPlugin::DPKG_STATUS_FILE << " is not readable");
+    std::map<std::string, Installed> expected;
+    REGSCAN_REQUIRE_COMPONENT(queryInstalled("/var/lib/dpkg", expected),
+                              "dpkg-query cannot be run");
+    ASSERT_FALSE(expected.empty());
+    expectSameAsDpkgQuery(nullptr, expected);  // the default: the real status file
+}
+
+// 20,000 generated paragraphs: every state, epochs and revisions, descriptions whose
+// continuation lines look like fields.
+TEST(DpkgRealStatusTest, MatchesDpkgQueryOnAGeneratedStatusFile) {
+    char pattern[] = "/tmp/regscan-dpkg-XXXXXX";
+    ASSERT_NE(::mkdtemp(pattern), nullptr);
+    const std::string admin = pattern;
+    const std::string make = "mkdir -p '" + admin + "/info' '" + admin + "/updates' && python3 '" +
+                             REGSCAN_TOOLS_DIR + "/make-dpkg-status.py' 20000 '" + admin +
+                             "/status'";
+    const bool made = std::system(make.c_str()) == 0;
+    std::map<std::string, Installed> expected;
+    const bool queried = made && queryInstalled(admin, expected);
+    if (queried) {
+        EXPECT_GT(expected.size(), 10000u);
+        expectSameAsDpkgQuery((admin + "/status").c_str(), expected);
+    }
+    std::system(("rm -rf '" + admin + "'").c_str());
+    REGSCAN_REQUIRE_COMPONENT(made, "python3 cannot run tools/make-dpkg-status.py");
+    REGSCAN_REQUIRE_COMPONENT(queried, "dpkg-query cannot be run");
 }
 
 }  // namespace

@@ -10,6 +10,7 @@
 #include <string>
 
 #include "PluginSDK/VectorString.h"
+#include "RealComponents.h"
 #include "RegPluginConstants.h"
 #include "cross/rpm/LegacyRpmDataProvider.h"
 
@@ -42,10 +43,9 @@ std::string property(RegistryPackage* package, const wchar_t* name) {
 }
 
 TEST(RpmRealDatabaseTest, ProviderAgreesWithRpm) {
-    if (::access((std::string(kHome) + "/.rpmmacros").c_str(), R_OK) != 0) {
-        GTEST_SKIP() << "no rpm database at " << REGSCAN_RPMDB_DIR
-                     << " (the make_rpmdb test makes it when rpm and rpmbuild are installed)";
-    }
+    REGSCAN_REQUIRE_COMPONENT(::access((std::string(kHome) + "/.rpmmacros").c_str(), R_OK) == 0,
+                              "no rpm database at " REGSCAN_RPMDB_DIR
+                              " (the make_rpmdb test makes it with rpm and rpmbuild)");
     // rpm reads ~/.rpmmacros, which points it at the test database.
     const char* oldHome = std::getenv("HOME");
     const std::string savedHome = oldHome != nullptr ? oldHome : "/root";
@@ -74,14 +74,19 @@ TEST(RpmRealDatabaseTest, ProviderAgreesWithRpm) {
                                property(package, REG_PLUGIN_PROPERTY_FIELD_DESCRIPTION);
         const std::string fullKey = key.toUtf8();
         EXPECT_EQ(provider.find(fullKey.substr(0, fullKey.rfind('-')).c_str()), package);
-        // The synthetic packages install under /opt/synthN/{bin,lib} and
-        // /usr/share/doc/synthN.
+        // synthN installs under /opt/synthN/{bin,lib} and /usr/share/doc/synthN, or,
+        // when N%4 == 0, under /etc/synthN, /usr/share/synthN and /usr/share/doc/synthN.
         const std::string name = property(package, REG_PLUGIN_PROPERTY_FIELD_NAME);
-        if (name.rfind("synth", 0) == 0 && name != "synth-base") {
+        if (name.rfind("synth", 0) == 0) {
             ++synthetic;
             PluginSDK::VectorString dirs;
-            dirs += ("/opt/" + name + "/").c_str();
-            dirs += ("/usr/share/doc/" + name + "/").c_str();
+            if (std::stoi(name.substr(5)) % 4 != 0) {
+                dirs += ("/opt/" + name + "/").c_str();
+                dirs += ("/usr/share/doc/" + name + "/").c_str();
+            } else {
+                dirs += ("/etc/" + name + "/").c_str();
+                dirs += "/usr/share/";
+            }
             EXPECT_EQ(property(package, REG_PLUGIN_PROPERTY_FIELD_INSTDIR),
                       PluginSDK::String(static_cast<const wchar_t*>(dirs)).toUtf8())
                 << fullKey;

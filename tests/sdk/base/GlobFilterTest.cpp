@@ -21,18 +21,38 @@ TEST(GlobFilterTest, Matches) {
         const wchar_t* text;
         bool ignoreCase;
         bool matches;
-    } cases[] = {{L"abc", L"abcd", false, false},     {L"", L"", false, true},
-                 {L"*c", L"abcd", false, false},      {L"a*b*c", L"aXbYbZc", false, true},
-                 {L"a*b*c", L"aXbYcZ", false, false}, {L"?", L"\u00E9", false, true},
-                 {L"?", nullptr, false, false},       {L"[a-c]x", L"dx", false, false},
-                 {L"[!0-9]", L"4", false, false},     {L"[^0-9]", L"x", false, true},
-                 {L"[]]", L"]", false, true},         {L"[a-c-e]", L"-", false, true},
-                 {L"[z-a]", L"m", false, false},      {L"[\u00E0-\u00FF]", L"\u00E9", false, true},
-                 {L"\\*", L"x", false, false},        {L"a\\?", L"a?", false, true},
-                 {L"\\\\", L"\\", false, true},       {L"[\\]]", L"]", false, true},
-                 {L"[a\\-z]", L"b", false, false},    {L"a*Z", L"AxyZ", true, true},
-                 {L"[A-Z]", L"q", true, true},        {L"[!a]", L"A", true, false},
-                 {L"\u00C9t", L"\u00E9T", true, true}};
+    } cases[] = {{L"abc", L"abcd", false, false},
+                 {L"", L"", false, true},
+                 {L"*c", L"abcd", false, false},
+                 {L"a*b*c", L"aXbYbZc", false, true},
+                 {L"a*b*c", L"aXbYcZ", false, false},
+                 {L"?", L"\u00E9", false, true},
+                 {L"?", nullptr, false, false},
+                 {L"[a-c]x", L"dx", false, false},
+                 {L"[!0-9]", L"4", false, false},
+                 {L"[^0-9]", L"x", false, true},
+                 {L"[]]", L"]", false, true},
+                 {L"[a-c-e]", L"-", false, true},
+                 {L"[z-a]", L"m", false, false},
+                 {L"[\u00E0-\u00FF]", L"\u00E9", false, true},
+                 {L"\\*", L"x", false, false},
+                 {L"a\\?", L"a?", false, true},
+                 {L"\\\\", L"\\", false, true},
+                 {L"[\\]]", L"]", false, true},
+                 {L"[a\\-z]", L"b", false, false},
+                 {L"a*Z", L"AxyZ", true, true},
+                 {L"[A-Z]", L"q", true, true},
+                 {L"[!a]", L"A", true, false},
+                 {L"\u00C9t", L"\u00E9T", true, true},
+                 // A star at the end also matches an empty rest.
+                 {L"abc*", L"abc", false, true},
+                 {L"*", L"", false, true},
+                 {L"*", nullptr, false, true},
+                 {L"a**", L"a", false, true},
+                 {L"a*b*", L"ab", false, true},
+                 {L"a*b*", L"ba", false, false},
+                 {L"*?*", L"", false, false},
+                 {L"[ab]*", L"A", true, true}};
     for (const auto& c : cases) {
         GlobFilter filter;
         ASSERT_EQ(GlobFilter::GLOB_OK, filter.compile(c.pattern, c.ignoreCase))

@@ -30,6 +30,15 @@ TEST(Utf8Test, DecodesAndEncodes) {
         {"\xF4\x90\x80\x80", L"\xDCF4\xDC90\xDC80\xDC80"},
         // Truncated sequences, at the end and followed by more text.
         {"\xE2\x82Z\xC3", L"\xDCE2\xDC82Z\xDCC3"},
+        // A malformed sequence gives up its lead byte only: the character after it
+        // is read as itself, whatever its length.
+        {"\xF0\x9F\x98Z!", L"\xDCF0\xDC9F\xDC98Z!"},
+        {"\xF0\x9FZ\x80", L"\xDCF0\xDC9FZ\xDC80"},
+        {"\xF0Z", L"\xDCF0Z"},
+        {"\xF4\x8F\xBF\xC3\xA9", L"\xDCF4\xDC8F\xDCBF\u00E9"},
+        {"\xF0\x9F\x98\xF0\x9F\x98\x80", L"\xDCF0\xDC9F\xDC98\U0001F600"},
+        {"\xE2\x82\xE2\x82\xAC", L"\xDCE2\xDC82\u20AC"},
+        {"\xC3\xC3\xA9", L"\xDCC3\u00E9"},
         // A bad byte in a long run of ASCII keeps everything after it.
         {"0123456789abcdef\xFF"
          "0123456789abcdef\xC3\xA9tail",

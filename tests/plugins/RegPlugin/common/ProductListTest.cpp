@@ -41,6 +41,11 @@ TEST(ProductListTest, TypeAndFilterSelectTheKeys) {
         {L"PTF", nullptr, 0, kBadType, kNotAsked, {}},
         {L"Product", nullptr, 0, kBadType, kNotAsked, {}},
         {nullptr, L"lib*", 0, 0, RegistryPackage::ANY, {"libc", "libz"}},
+        // Filters match case-sensitively.
+        {nullptr, L"LIB*", 0, 0, RegistryPackage::ANY, {}},
+        {nullptr, L"Bash", 0, 0, RegistryPackage::ANY, {}},
+        {nullptr, L"[B]a?h", 0, 0, RegistryPackage::ANY, {}},
+        {nullptr, L"[b]a?h", 0, 0, RegistryPackage::ANY, {"bash"}},
         {L"patch", L"zzz*", 0, 0, RegistryPackage::PATCH, {}},
         {nullptr, L"*", -5, -5, RegistryPackage::ANY, {}},
         {nullptr, L"[abc", 0, GlobFilter::GLOB_UNTERMINATED_CLASS, kNotAsked, {}},

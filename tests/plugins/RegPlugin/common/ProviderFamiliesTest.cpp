@@ -34,7 +34,27 @@ class ProviderFamiliesTest : public ::testing::Test {
 };
 TYPED_TEST_SUITE(ProviderFamiliesTest, Families);
 
-enum Setup { kNoTable, kNoProvider, kFake, kFailing };
+// kOwnNotFound: getPackage fails with a registry's own not-found code, no package;
+// kOddCode: getPackage finds the package but returns a code that is no not-found one.
+enum Setup { kNoTable, kNoProvider, kFake, kFailing, kOwnNotFound, kOddCode };
+
+const TErrorCode kOdd = -13999;
+
+// getPackage answers as the fake provider, then returns `code` instead, with the
+// package found (or none) left as it is.
+class FakeLookupProvider : public FakePreloadedProvider {
+  public:
+    FakeLookupProvider(Registry r, TErrorCode code, bool keepPackage)
+        : FakePreloadedProvider(std::move(r)), code(code), keepPackage(keepPackage) {}
+    TErrorCode getPackage(const PluginSDK::String& key, RegistryPackage** package) override {
+        FakePreloadedProvider::getPackage(key, package);
+        if (!keepPackage)
+            *package = nullptr;
+        return code;
+    }
+    TErrorCode code;
+    bool keepPackage;
+};
 
 // Only the family's own class gets a provider: asking another class finds none.
 void setUp(Setup setup, Factory::DataProviderClass own) {
@@ -45,7 +65,15 @@ void setUp(Setup setup, Factory::DataProviderClass own) {
         Factory::setDataProvider(static_cast<Factory::DataProviderClass>(which), nullptr);
     if (setup != kNoProvider) {
         Registry registry = {{L"bash", RegistryPackage::PRODUCT}, {L"fix", RegistryPackage::PATCH}};
-        Factory::setDataProvider(own, new FakePreloadedProvider(registry, setup == kFake ? 0 : -1));
+        RegPlugin::RegistryDataProvider* provider;
+        if (setup == kOwnNotFound)
+            provider = new FakeLookupProvider(registry,
+                                              REG_PLUGIN_ERROR_ISMP_PRODUCT_DOES_NOT_EXIST, false);
+        else if (setup == kOddCode)
+            provider = new FakeLookupProvider(registry, kOdd, true);
+        else
+            provider = new FakePreloadedProvider(registry, setup == kFake ? 0 : -1);
+        Factory::setDataProvider(own, provider);
     }
 }
 
@@ -76,6 +104,13 @@ TYPED_TEST(ProviderFamiliesTest, ResultsAndErrors) {
         {kFake, kFiltered, L"fix", L"name", 0, L"fix"},
         {kFake, kFiltered, L"zsh", L"name", REG_PLUGIN_ERROR_PRODUCT_DOES_NOT_EXIST, L""},
         {kFailing, kFiltered, L"bash", L"name", REG_PLUGIN_ERROR_PROPERTY_NOT_FOUND, L""},
+        // A registry's own not-found code is passed on by both; another code only by
+        // the plain Info, while the filtered one goes on to the package it was given.
+        {kOwnNotFound, kInfo, L"bash", L"name", REG_PLUGIN_ERROR_ISMP_PRODUCT_DOES_NOT_EXIST, L""},
+        {kOwnNotFound, kFiltered, L"bash", L"name", REG_PLUGIN_ERROR_ISMP_PRODUCT_DOES_NOT_EXIST,
+         L""},
+        {kOddCode, kInfo, L"bash", L"name", kOdd, L""},
+        {kOddCode, kFiltered, L"bash", L"name", 0, L"bash"},
     };
     for (const auto& c : cases) {
         const std::string label = std::to_string(c.setup) + "|" + std::to_string(c.kind) + "|" +

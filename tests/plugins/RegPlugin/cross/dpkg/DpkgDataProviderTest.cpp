@@ -78,6 +78,18 @@ TEST(DpkgDataProviderTest, ParagraphsBecomeInstalledPackages) {
         {"description cut to its first line",
          "Package: a\n" + kInstalled + "Version: 1.0\nDescription: first line\n more\n .\n end\n",
          {"a|a|1.0|1.0|first line"}},
+        {"continuation lines that look like fields belong to the description",
+         "Package: a\n" + kInstalled + "Version: 1.0\nDescription: first line\n Version: 9\n" +
+             " Description: other\n Package: b\n Status: deinstall ok config-files\n",
+         {"a|a|1.0|1.0|first line"}},
+        {"a repeated field: the last one wins",
+         "Package: a\n" + kInstalled + "Version: 1\nDescription: one\nVersion: 2\n" +
+             "Description: two\nVersion: 3\n",
+         {"a|a|3|3|two"}},
+        {"a repeated Status: an installed one counts wherever it is",
+         "Package: a\n" + kInstalled + "Status: deinstall ok config-files\n\n" +
+             "Package: b\nStatus: deinstall ok config-files\n" + kInstalled,
+         {"a|a|-|-|-", "b|b|-|-|-"}},
         {"epoch and revision kept",
          "Package: a\n" + kInstalled + "Version: 1:2.3-4ubuntu1\n",
          {"a|a|1:2.3-4ubuntu1|1:2.3-4ubuntu1|-"}},

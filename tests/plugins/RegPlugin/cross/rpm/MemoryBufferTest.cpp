@@ -5,8 +5,10 @@
 #include <algorithm>
 #include <climits>
 #include <cstddef>
+#include <cstdlib>
 #include <cstring>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -42,6 +44,51 @@ TEST(MemoryBufferTest, ResizeRoundsToStepsZeroesTheTailAndRefusesWhatDoesNotFit)
             << label;
     }
     EXPECT_EQ(MemoryBuffer(0, 4096).data, nullptr);
+}
+
+// Leaves freed heap memory of many sizes filled with 0xab, so that memory the buffer
+// gets from the allocator next is not zero by chance.
+void dirtyTheHeap() {
+    std::vector<void*> blocks;
+    for (std::size_t size = 64; size <= (std::size_t{1} << 21); size *= 2) {
+        blocks.push_back(std::malloc(size));
+        std::memset(blocks.back(), 0xab, size);
+    }
+    for (void* block : blocks)
+        std::free(block);
+}
+
+// Grown (and shrunk) in a row of steps on a heap full of used memory, with every
+// byte of the content written before each step: what a step adds reads as zeros.
+TEST(MemoryBufferTest, GrowthZeroFillsMemoryTheAllocatorHadUsed) {
+    const struct {
+        unsigned int initial, step;
+        std::vector<unsigned int> sizes;
+    } cases[] = {
+        // execCommand's pattern: 16 KiB, then one step more each time the data fills it.
+        {16384, 4096, {16385, 20481, 24577, 28673, 32769, 65536, 65537, 300000, 1200000}},
+        {8, 8, {9, 17, 100, 1000, 5000}},
+        {0, 64, {100, 4000, 50, 6000, 64, 200000}},
+    };
+    for (const auto& c : cases) {
+        dirtyTheHeap();
+        MemoryBuffer buffer(c.initial, c.step);
+        for (unsigned int next : c.sizes) {
+            const unsigned int old = buffer.size;
+            if (old != 0)
+                std::memset(buffer.data, 0xab, old);
+            buffer.resize(next);
+            const std::string label = "step " + std::to_string(c.step) + ": " +
+                                      std::to_string(old) + " -> " + std::to_string(next);
+            ASSERT_EQ(buffer.size, (next + c.step - 1) / c.step * c.step) << label;
+            const unsigned int kept = std::min(old, next);
+            const unsigned char* data = buffer.data;
+            EXPECT_EQ(std::count(data, data + kept, 0xab), std::ptrdiff_t{kept}) << label;
+            EXPECT_EQ(std::count(data + kept, data + buffer.size, 0),
+                      std::ptrdiff_t{buffer.size - kept})
+                << label;
+        }
+    }
 }
 
 }  // namespace
