@@ -14,6 +14,7 @@
 #include <string>
 #include <vector>
 
+#include "RealComponents.h"
 #include "RegscanRunner.h"
 
 namespace {
@@ -92,9 +93,10 @@ json match(const std::string& vendor, const std::string& name, const std::string
 class CrossRegistryTest : public ::testing::Test {
   protected:
     void SetUp() override {
-        ASSERT_TRUE(e2e::namespacesAvailable()) << "needs root, unshare and overlay mounts";
+        REGSCAN_REQUIRE_COMPONENT(e2e::namespacesAvailable(),
+                                  "root with mount namespaces and overlay mounts");
         packages = rpmPackages();
-        ASSERT_GE(packages.size(), 10u) << "no test rpm database at " << kRpmHome;
+        REGSCAN_REQUIRE_COMPONENT(packages.size() >= 10, "the test rpm database at " + kRpmHome);
         options.environment["HOME"] = kRpmHome;
         options.files["/var/lib/dpkg/status"] = kStatusFixture;
         options.files["/root/vpd.properties"] = kVpdFixture;
