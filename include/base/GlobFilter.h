@@ -43,8 +43,12 @@ class HOSTSDK_API GlobFilter {
     struct Token;
 
   private:
+    // The common shapes are matched without the general walk.
+    enum Shape { GENERAL, ANYTHING, EXACT, PREFIX };
     std::vector<Token>* m_tokens;
     bool m_ignoreCase;
+    Shape m_shape;
+    std::size_t m_literals;  // EXACT, PREFIX: the literal characters that lead
 };
 
 #endif

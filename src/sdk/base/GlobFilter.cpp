@@ -97,7 +97,8 @@ int parseClass(const wchar_t*& p, Token& token) {
 
 }  // namespace
 
-GlobFilter::GlobFilter() : m_tokens(nullptr), m_ignoreCase(false) {}
+GlobFilter::GlobFilter()
+    : m_tokens(nullptr), m_ignoreCase(false), m_shape(GENERAL), m_literals(0) {}
 
 GlobFilter::~GlobFilter() {
     delete m_tokens;
@@ -144,6 +145,19 @@ int GlobFilter::compile(const wchar_t* pattern, bool ignoreCase) {
         tokens->push_back(std::move(token));
     }
     m_tokens = tokens;
+    // Literals only ("bash"), literals and one final star ("lib*"), or just a star:
+    // most patterns of a rule catalog.
+    m_literals = 0;
+    while (m_literals < tokens->size() && (*tokens)[m_literals].kind == Token::LITERAL) {
+        ++m_literals;
+    }
+    if (m_literals == tokens->size()) {
+        m_shape = EXACT;
+    } else if (m_literals + 1 == tokens->size() && tokens->back().kind == Token::ANY_RUN) {
+        m_shape = m_literals == 0 ? ANYTHING : PREFIX;
+    } else {
+        m_shape = GENERAL;
+    }
     return GLOB_OK;
 }
 
@@ -155,6 +169,18 @@ int GlobFilter::match(const wchar_t* text) const {
         text = L"";
     }
     const std::vector<Token>& tokens = *m_tokens;
+    if (m_shape != GENERAL) {
+        if (m_shape == ANYTHING) {
+            return GLOB_OK;
+        }
+        for (std::size_t i = 0; i < m_literals; ++i) {
+            const wchar_t c = m_ignoreCase ? hostsdk::foldCase(text[i]) : text[i];
+            if (text[i] == L'\0' || c != tokens[i].ch) {
+                return GLOB_NO_MATCH;
+            }
+        }
+        return m_shape == PREFIX || text[m_literals] == L'\0' ? GLOB_OK : GLOB_NO_MATCH;
+    }
     const std::size_t count = tokens.size();
     std::size_t t = 0;  // next token
     const wchar_t* s = text;

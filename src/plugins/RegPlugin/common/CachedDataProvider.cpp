@@ -1,5 +1,7 @@
 #include "common/CachedDataProvider.h"
 
+#include <unordered_map>
+
 #include "RegPluginConstants.h"
 
 namespace RegPlugin {
@@ -79,21 +81,49 @@ const std::vector<CachedDataProvider::MatchFields>& CachedDataProvider::matchFie
     const PluginSDK::String names[3] = {REG_PLUGIN_PROPERTY_FIELD_NAME,
                                         REG_PLUGIN_PROPERTY_FIELD_VERSION,
                                         REG_PLUGIN_PROPERTY_FIELD_VENDOR};
+    // Texts are appended to one buffer, each equal text once; the fields hold
+    // offsets until the buffer has stopped growing.
+    std::unordered_map<std::wstring, std::size_t> offsets;
+    const auto place = [&](const PluginSDK::String& text) {
+        auto found =
+            offsets.emplace(std::wstring(text.c_str(), text.length()), m_matchTexts.size());
+        if (found.second) {
+            m_matchTexts.append(text.c_str(), text.length());
+            m_matchTexts.push_back(L'\0');
+        }
+        return found.first->second;
+    };
     m_matchFields.clear();
-    m_matchFields.reserve(packages.size());
+    m_matchTexts.clear();
+    const std::size_t empty = place(PluginSDK::String());
+    std::vector<std::size_t> at;
+    at.reserve(packages.size() * 3);
     for (RegistryPackage* package : packages) {
         if (package == nullptr) {
             continue;
         }
-        MatchFields fields{package, {}, {}, {}, false};
-        PluginSDK::String* values[3] = {&fields.name, &fields.version, &fields.vendor};
+        PluginSDK::String values[3];
         int read = 0;
         while (read < 3 &&
-               package->getProperty(names[read], *values[read]) == PluginSDK::RESULT_OK) {
+               package->getProperty(names[read], values[read]) == PluginSDK::RESULT_OK) {
             ++read;
         }
-        fields.complete = read == 3;
-        m_matchFields.push_back(std::move(fields));
+        MatchFields fields{package, nullptr, nullptr, nullptr, 0, 0, 0, read == 3};
+        if (fields.complete) {
+            fields.nameLength = static_cast<uint32_t>(values[0].length());
+            fields.versionLength = static_cast<uint32_t>(values[1].length());
+            fields.vendorLength = static_cast<uint32_t>(values[2].length());
+        }
+        at.push_back(fields.complete ? place(values[2]) : empty);
+        at.push_back(fields.complete ? place(values[0]) : empty);
+        at.push_back(fields.complete ? place(values[1]) : empty);
+        m_matchFields.push_back(fields);
+    }
+    const wchar_t* base = m_matchTexts.c_str();
+    for (std::size_t i = 0; i < m_matchFields.size(); ++i) {
+        m_matchFields[i].vendor = base + at[3 * i];
+        m_matchFields[i].name = base + at[3 * i + 1];
+        m_matchFields[i].version = base + at[3 * i + 2];
     }
     m_matchFieldsMade = true;
     return m_matchFields;
@@ -102,6 +132,7 @@ const std::vector<CachedDataProvider::MatchFields>& CachedDataProvider::matchFie
 void CachedDataProvider::dropMatchFields() {
     if (m_matchFieldsMade) {
         std::vector<MatchFields>().swap(m_matchFields);
+        std::wstring().swap(m_matchTexts);
         m_matchFieldsMade = false;
     }
 }

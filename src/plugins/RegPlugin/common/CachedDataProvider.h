@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <list>
 #include <map>
+#include <string>
 #include <vector>
 
 #include "common/RegistryDataProvider.h"
@@ -37,13 +38,18 @@ class CachedDataProvider : public RegistryDataProvider {
     // the destructor calls it. Returns 0.
     virtual TErrorCode clear();
 
-    // One package with the three fields the pattern query compares.
+    // One package with the three fields the pattern query compares: NUL-terminated
+    // copies kept side by side (equal texts once), so that walking them touches
+    // little memory.
     struct MatchFields {
         RegistryPackage* package;
-        PluginSDK::String vendor;
-        PluginSDK::String name;
-        PluginSDK::String version;
-        bool complete;  // all three were read
+        const wchar_t* vendor;
+        const wchar_t* name;
+        const wchar_t* version;
+        uint32_t vendorLength;
+        uint32_t nameLength;
+        uint32_t versionLength;
+        bool complete;  // all three were read; otherwise the texts are empty
     };
     // The packages in load order with "name", "version" and "vendor" read through
     // getProperty, in that order, stopping at the first that fails. Made on the
@@ -64,6 +70,7 @@ class CachedDataProvider : public RegistryDataProvider {
 
   private:
     std::vector<MatchFields> m_matchFields;
+    std::wstring m_matchTexts;  // the texts m_matchFields point into
     bool m_matchFieldsMade = false;
 };
 

@@ -1,5 +1,7 @@
 #include "cross/package/PackageInfoMatch.h"
 
+#include <cwchar>
+
 #include "PluginSDK/PluginResult.h"
 #include "PluginSDK/StringVector.h"
 #include "RegPluginConstants.h"
@@ -13,12 +15,21 @@ namespace RegPlugin {
 
 namespace {
 
-// A field passes when it is the pattern's text itself, wild cards and all, or when
-// the compiled pattern matches it.
-bool passes(const PluginSDK::String& field, const PluginSDK::String& pattern,
-            const GlobFilter& filter) {
-    return field == pattern || filter.match(field) == GlobFilter::GLOB_OK;
-}
+// A pattern's text and its compiled form. A field passes when it is the pattern's
+// text itself, wild cards and all, or when the compiled pattern matches it.
+struct Pattern {
+    const PluginSDK::String& text;
+    GlobFilter filter;
+
+    bool passes(const wchar_t* field, std::size_t length) const {
+        return (length == static_cast<std::size_t>(text.length()) &&
+                std::wmemcmp(field, text.c_str(), length) == 0) ||
+               filter.match(field) == GlobFilter::GLOB_OK;
+    }
+    bool passes(const PluginSDK::String& field) const {
+        return passes(field.c_str(), static_cast<std::size_t>(field.length()));
+    }
+};
 
 }  // namespace
 
@@ -99,33 +110,25 @@ TErrorCode PackageInfoMatch::lookupPackageInRegistry(const PluginSDK::String& ve
                                                      bool ignoreCase) {
     REG_TRACE_SCOPE("PackageInfoMatch::lookupPackageInRegistry()");
     found = false;
-    GlobFilter vendorFilter;
-    GlobFilter nameFilter;
-    GlobFilter versionFilter;
-    TErrorCode rc = vendorFilter.compile(vendor, ignoreCase);
+    Pattern vendorPattern{vendor, {}};
+    Pattern namePattern{name, {}};
+    Pattern versionPattern{version, {}};
+    TErrorCode rc = vendorPattern.filter.compile(vendor, ignoreCase);
     if (rc != 0) {
         REG_TRACE(1, "Wrong regular expression in vendor");
         return rc;
     }
-    rc = nameFilter.compile(name, ignoreCase);
+    rc = namePattern.filter.compile(name, ignoreCase);
     if (rc != 0) {
         REG_TRACE(1, "Wrong regular expression in name");
         return rc;
     }
-    rc = versionFilter.compile(version, ignoreCase);
+    rc = versionPattern.filter.compile(version, ignoreCase);
     if (rc != 0) {
         REG_TRACE(1, "Wrong regular expression in version");
         return rc;
     }
 
-    // Vendor first, then name, then version; the first that fails ends the test.
-    const auto matches = [&](const PluginSDK::String& packageVendorText,
-                             const PluginSDK::String& packageNameText,
-                             const PluginSDK::String& packageVersionText) {
-        return passes(packageVendorText, vendor, vendorFilter) &&
-               passes(packageNameText, name, nameFilter) &&
-               passes(packageVersionText, version, versionFilter);
-    };
     // Made once per evaluation, not once per package.
     const PluginSDK::String nameField(REG_PLUGIN_PROPERTY_FIELD_NAME);
     const PluginSDK::String versionField(REG_PLUGIN_PROPERTY_FIELD_VERSION);
@@ -155,7 +158,11 @@ TErrorCode PackageInfoMatch::lookupPackageInRegistry(const PluginSDK::String& ve
                     REG_TRACE(1, "cant extract all information about package");
                     continue;
                 }
-                if (matches(fields.vendor, fields.name, fields.version)) {
+                // Vendor first, then name, then version; the first that fails ends
+                // the test.
+                if (vendorPattern.passes(fields.vendor, fields.vendorLength) &&
+                    namePattern.passes(fields.name, fields.nameLength) &&
+                    versionPattern.passes(fields.version, fields.versionLength)) {
                     REG_TRACE(3, "Found software: VENDOR [", fields.vendor, "] NAME [", fields.name,
                               "] VERSION [", fields.version, "]");
                     found = true;
@@ -183,7 +190,8 @@ TErrorCode PackageInfoMatch::lookupPackageInRegistry(const PluginSDK::String& ve
                 REG_TRACE(1, "cant extract all information about package");
                 continue;
             }
-            if (matches(packageVendor, packageName, packageVersion)) {
+            if (vendorPattern.passes(packageVendor) && namePattern.passes(packageName) &&
+                versionPattern.passes(packageVersion)) {
                 REG_TRACE(3, "Found software: VENDOR [", packageVendor, "] NAME [", packageName,
                           "] VERSION [", packageVersion, "]");
                 found = true;
