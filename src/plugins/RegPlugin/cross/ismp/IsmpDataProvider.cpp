@@ -44,7 +44,7 @@ const char kRegistryFileName[] = "vpd.properties";
 const unsigned int kLineBufferSize = 256;
 const unsigned int kLineBufferStep = 32;
 
-// The fields of a line kept as separate pieces; KEY has seven of them.
+// KEY is read as seven fields; INFO has nine more after a product's uninstaller.
 const int kKeyFields = 7;
 const int kVersionParts = 4;  // KEY fields 2 to 5
 const int kProductTrailingFields = 9;
