@@ -56,19 +56,21 @@ cp "$vpd" "$scratch/root/vpd.properties"
 cp "$db/home/.rpmmacros" "$scratch/root/.rpmmacros"
 # shellcheck source=timing.sh
 source "$here/timing.sh"
-regscan_match() {
-    unshare -m --propagation private sh -c '
-        mount --bind "$1/root" /root && mount --bind "$2" /var/lib/dpkg/status &&
-        HOME=/root exec "$3" match --catalog "$1/catalog.json" --format csv' sh \
-        "$scratch" "$status" "$build/bin/regscan"
-}
+cat >"$scratch/regscan-match.sh" <<'SCRIPT'
+#!/bin/sh
+# $1 scratch directory, $2 status file, $3 regscan
+exec unshare -m --propagation private sh -c '
+    mount --bind "$1/root" /root && mount --bind "$2" /var/lib/dpkg/status &&
+    HOME=/root exec "$3" match --catalog "$1/catalog.json" --format csv' sh "$@"
+SCRIPT
+chmod +x "$scratch/regscan-match.sh"
+regscan_match() { "$scratch/regscan-match.sh" "$scratch" "$status" "$build/bin/regscan"; }
 regscan_match >"$scratch/report.csv" || true
 recognised=$(grep -c '^signature,[^,]*,yes,' "$scratch/report.csv" || true)
 for ((i = 0; i < runs; i++)); do
-    run whole regscan_match
+    run whole "$scratch/regscan-match.sh" "$scratch" "$status" "$build/bin/regscan"
 done
-packages=$(grep -c '' "$status" >/dev/null; HOME=$db/home "$driver" "$vpd" "$status" 1000 1 |
-    sed -n 's/^packages \([0-9]*\),.*/\1/p')
+packages=$(HOME=$db/home "$driver" "$vpd" "$status" 1000 1 | sed -n 's/^packages \([0-9]*\),.*/\1/p')
 awk -v t="$(median whole 1)" -v m="$(median whole 2)" -v p="$packages" -v r="$recognised" 'BEGIN {
     printf "== regscan match (one process: loads, 1000 evaluations, unknown list, csv)\n"
     printf "median %.3f s, peak RSS %.1f MB, %d signatures recognised, %.1f M checks/s overall\n",

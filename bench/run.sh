@@ -11,9 +11,12 @@ set -euo pipefail
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 build=${1:-$here/../build}
 runs=${2:-9}
-cmake --build "$build" --target dpkg_load rpm_load -j "$(nproc)" >/dev/null
+cmake --build "$build" --target dpkg_load rpm_load match_eval -j "$(nproc)" >/dev/null
 echo "== dpkg: provider load vs dpkg-query"
 bash "$here/dpkg.sh" "$build" "$runs"
 echo
 echo "== rpm: provider load vs the bare rpm command"
 bash "$here/rpm.sh" "$build" "$runs"
+echo
+echo "== rule evaluation: PackageInfoMatch vs a plain loop over the same triples"
+bash "$here/match.sh" "$build" 5

@@ -52,7 +52,19 @@ TEST(GlobFilterTest, Matches) {
                  {L"a*b*", L"ab", false, true},
                  {L"a*b*", L"ba", false, false},
                  {L"*?*", L"", false, false},
-                 {L"[ab]*", L"A", true, true}};
+                 {L"[ab]*", L"A", true, true},
+                 // Literals only, literals and a final star, a lone star: matched
+                 // without the general walk, with the same answers.
+                 {L"abc", L"ab", false, false},
+                 {L"abc", L"abC", false, false},
+                 {L"BASH", L"bash", true, true},
+                 {L"bash", L"basH2", true, false},
+                 {L"LIB*", L"libfoo", true, true},
+                 {L"lib*", L"li", false, false},
+                 {L"lib*", L"Lib", false, false},
+                 {L"\\*x*", L"*xy", false, true},
+                 {L"\\*x*", L"axy", false, false},
+                 {L"*", L"anything at all", false, true}};
     for (const auto& c : cases) {
         GlobFilter filter;
         ASSERT_EQ(GlobFilter::GLOB_OK, filter.compile(c.pattern, c.ignoreCase))

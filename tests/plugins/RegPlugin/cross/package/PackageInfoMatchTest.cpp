@@ -109,6 +109,18 @@ TEST_F(PackageInfoMatchTest, EveryEvaluationCountsAgain) {
     EXPECT_EQ(counts(), "3000000");
 }
 
+// The fields read once per registry are read again after the registry changed.
+TEST_F(PackageInfoMatchTest, SeesPackagesAddedAfterAnEvaluation) {
+    PluginSDK::String result;
+    EXPECT_EQ(evaluate(L"Late", L"late", L"*", nullptr, result), 0);
+    EXPECT_EQ(result, PLUGIN_RESULT_FALSE);
+    auto* os = static_cast<RowProvider*>(Factory::getDataProvider(Factory::OS_PROVIDER));
+    os->add(new RowPackage({L"late-1-1-noarch", L"late", L"1.1", L"Late"}, L"RPM"));
+    EXPECT_EQ(evaluate(L"Late", L"late", L"*", nullptr, result), 0);
+    EXPECT_EQ(result, PLUGIN_RESULT_TRUE);
+    EXPECT_EQ(matchCountOf(Factory::OS_PROVIDER, L"late-1-1-noarch"), 1);
+}
+
 TEST_F(PackageInfoMatchTest, UnreadableRegistriesAreSkippedByPosition) {
     install(Factory::OS_PROVIDER, {{L"bash-5.1-1-x86_64", L"bash", L"5.1.1", L"Acme Corp"}}, L"RPM",
             REG_PLUGIN_ERROR_UNABLE_TO_GET_PROGRAM_LIST);
