@@ -5,6 +5,7 @@
 #include "common/PluginTrace.h"
 #include "cross/dpkg/DpkgDataProvider.h"
 #include "cross/rpm/LegacyRpmDataProvider.h"
+#include "cross/tessel/TesselDataProvider.h"
 
 namespace RegPlugin {
 
@@ -44,9 +45,12 @@ RegistryDataProvider* createDataProvider(RegistryDataProviderFactory::DataProvid
             return new LegacyRpmDataProvider();
         case RegistryDataProviderFactory::DPKG_PROVIDER:
             return new DpkgDataProvider();
+        case RegistryDataProviderFactory::TESSEL_PROVIDER:
+            // The message ids of the name, version, uninstall-data and state lines.
+            return new TesselDataProvider(String(L"PDXMS0164I"), String(L"PDXMS0165I"),
+                                          String(L"PDXMS0804I"), String(L"PDXMS0166I"));
         case RegistryDataProviderFactory::ISMP_PROVIDER:
         case RegistryDataProviderFactory::CORVU_PROVIDER:
-        case RegistryDataProviderFactory::TESSEL_PROVIDER:
         case RegistryDataProviderFactory::ANYWHERE_PROVIDER:
         case RegistryDataProviderFactory::ORLO_PROVIDER:
         case RegistryDataProviderFactory::INVALID_PROVIDER:
