@@ -85,9 +85,30 @@ class SharedTexts {
     }
 };
 
-PluginSDK::String toPluginString(const String& text) {
-    const std::wstring& wide = text.wide();
-    return PluginSDK::String(wide.data(), wide.size());
+PluginSDK::String toPluginString(const std::wstring& text) {
+    return PluginSDK::String(text.data(), text.size());
+}
+
+// matchResultLine on a line of `length` characters at `line`: true, and `value` set,
+// when the line carries `id`.
+bool matchLine(const std::wstring& id, const wchar_t* line, std::size_t length,
+               std::wstring& value) {
+    const std::size_t headLength = std::min(length, kIdLength);
+    const std::size_t idLength = std::min(id.size(), kIdLength);
+    if (headLength != idLength || std::wmemcmp(line, id.data(), headLength) != 0) {
+        return false;
+    }
+    const std::size_t from = static_cast<std::size_t>(kColonFrom);
+    if (length <= from) {
+        return false;
+    }
+    const wchar_t* colon = std::wmemchr(line + from, L':', length - from);
+    if (colon == nullptr) {
+        return false;
+    }
+    const std::size_t start = std::min(static_cast<std::size_t>(colon - line) + 2, length);
+    value.assign(line + start, length - start);
+    return true;
 }
 
 bool equals(const wchar_t* left, const wchar_t* right) {
@@ -131,75 +152,119 @@ TErrorCode TesselDataProvider::load() {
     return loadInformation(handler.get());
 }
 
+// Collects the values of the current record and stores it when a line that
+// carries none of the ids ends it.
+class TesselDataProvider::RecordReader : public TesselLineSink {
+  public:
+    // With `trace`, the line that parsing starts is written there before the first
+    // line is read (or by finish() when there was none).
+    RecordReader(TesselDataProvider& provider, Trace* trace)
+        : m_provider(provider), m_trace(trace), m_pending(false) {}
+
+    void onLine(const wchar_t* text, std::size_t length) override {
+        announce();
+        if (matchLine(m_provider.m_NameId.wide(), text, length, m_name) ||
+            matchLine(m_provider.m_VersionId.wide(), text, length, m_version) ||
+            matchLine(m_provider.m_UninstDataId.wide(), text, length, m_uninstData) ||
+            matchLine(m_provider.m_StateId.wide(), text, length, m_state)) {
+            m_pending = true;
+        } else if (m_pending) {
+            m_provider.storePackage(m_name, m_version, m_uninstData, m_state);
+            m_pending = false;
+        }
+    }
+
+    // Stores the last record when no line ended it.
+    void finish() {
+        announce();
+        if (m_pending) {
+            m_provider.storePackage(m_name, m_version, m_uninstData, m_state);
+            m_pending = false;
+        }
+    }
+
+  private:
+    void announce() {
+        if (m_trace != nullptr) {
+            Trace& regTrace_ = *m_trace;
+            REG_TRACE(3, "Parsing output from list command");
+            m_trace = nullptr;
+        }
+    }
+
+    TesselDataProvider& m_provider;
+    Trace* m_trace;
+    // Deliberately kept from one record to the next: a record without one of the
+    // lines inherits the previous record's value.
+    std::wstring m_name;
+    std::wstring m_version;
+    std::wstring m_uninstData;
+    std::wstring m_state;
+    bool m_pending;
+};
+
 TErrorCode TesselDataProvider::loadInformation(TesselHandler* handler) {
     REG_TRACE_SCOPE("TesselDataProvider::loadInformation()");
     if (handler == nullptr) {
         return PluginSDK::ERROR_NULL_ARGUMENT;
     }
-    ObjectArray<String> lines;
-    const TErrorCode rc = handler->runCommand(String(kListCommand), lines);
+    // Each line is parsed as it is split from the output (all of which was read
+    // after the command ended) and not kept.
+    RecordReader reader(*this, &regTrace_);
+    const TErrorCode rc = handler->runCommand(String(kListCommand), reader);
     if (rc != PluginSDK::RESULT_OK) {
         return rc;
     }
-    REG_TRACE(3, "Parsing output from list command");
-    parseLines(lines);
+    reader.finish();
     return PluginSDK::RESULT_OK;
 }
 
 void TesselDataProvider::parseLines(const ObjectArray<String>& lines) {
-    // Deliberately kept from one record to the next: a record without one of the
-    // lines inherits the previous record's value.
-    String name;
-    String version;
-    String uninstData;
-    String state;
-    bool pending = false;
+    RecordReader reader(*this, nullptr);
     for (int i = 0; i < lines.size(); ++i) {
-        const String& line = lines[i];
-        if (matchResultLine(m_NameId, line, name) != 0 ||
-            matchResultLine(m_VersionId, line, version) != 0 ||
-            matchResultLine(m_UninstDataId, line, uninstData) != 0 ||
-            matchResultLine(m_StateId, line, state) != 0) {
-            pending = true;
-        } else if (pending) {
-            addPackage(name, version, uninstData, state);
-            pending = false;
-        }
+        const std::wstring& line = lines[i].wide();
+        reader.onLine(line.data(), line.size());
     }
-    if (pending) {
-        addPackage(name, version, uninstData, state);
-    }
+    reader.finish();
+}
+
+void TesselDataProvider::parseListing(const char* data, std::size_t size) {
+    RecordReader reader(*this, nullptr);
+    TesselHandler::splitLines(data, size, reader);
+    reader.finish();
 }
 
 int TesselDataProvider::matchResultLine(const String& id, const String& line, String& value) {
     const std::wstring& text = line.wide();
-    const std::wstring& wanted = id.wide();
-    const std::size_t headLength = std::min(text.size(), kIdLength);
-    const std::size_t idLength = std::min(wanted.size(), kIdLength);
-    if (headLength != idLength || text.compare(0, headLength, wanted, 0, idLength) != 0) {
+    std::wstring found;
+    if (!matchLine(id.wide(), text.data(), text.size(), found)) {
         return 0;
     }
-    const int colon = line.indexOf(L':', kColonFrom);
-    if (colon <= 0) {
-        return 0;
-    }
-    value = line.substring(colon + 2);
+    value = String(found);
     return 1;
 }
 
 bool TesselDataProvider::addPackage(String& name, String& version, String& uninstData,
                                     String& state) {
+    return storePackage(name.wide(), version.wide(), uninstData.wide(), state.wide());
+}
+
+bool TesselDataProvider::storePackage(const std::wstring& name, const std::wstring& version,
+                                      const std::wstring& uninstData, const std::wstring& state) {
     REG_TRACE_SCOPE("TesselDataProvider::addPackage(String &, String &, String &, String &)");
     wchar_t letters[kStateLetters];
     for (std::size_t i = 0; i < kStateLetters; ++i) {
-        letters[i] = state.charAt(static_cast<int>(i));
+        letters[i] = i < state.size() ? state[i] : L'\0';
     }
 
-    std::wstring keyText(name.wide());
+    std::wstring keyText(name);
     keyText += L'.';
-    keyText += version.wide();
+    keyText += version;
     const PluginSDK::String key(keyText.data(), keyText.size());
-    if (find(key) != nullptr) {
+    // find(key), then add(package) below, with one look into the index: the place
+    // where the key is, or where it goes.
+    const auto place = index.lower_bound(key);
+    if (place != index.end() && !(key < place->first)) {
         REG_TRACE(1, "Skipped duplicate package with key='", key, "'");
         return false;
     }
@@ -237,10 +302,9 @@ bool TesselDataProvider::addPackage(String& name, String& version, String& unins
         properties.emplace_hint(properties.end(), texts.names[field], std::move(values[field]));
     }
 
-    if (add(package) != PluginSDK::RESULT_OK) {
-        REG_TRACE(1, "Failed to add package key='", key, "'");
-        return false;
-    }
+    // What add(package) does for a key that is not there yet; it cannot fail.
+    packages.push_back(package);
+    index.emplace_hint(place, package->key, package);
     return true;
 }
 

@@ -5,6 +5,9 @@
 #ifndef REGPLUGIN_CROSS_TESSEL_TESSELDATAPROVIDER_H
 #define REGPLUGIN_CROSS_TESSEL_TESSELDATAPROVIDER_H
 
+#include <cstddef>
+#include <string>
+
 #include "PluginSDK/Configuration.h"
 #include "base/ObjectArray.h"
 #include "base/String.h"
@@ -28,8 +31,8 @@ class TesselDataProvider : public PreloadedDataProvider {
     TErrorCode load() override;
 
     // Runs "pdxcat -p" through `handler` and stores a package per record of its
-    // output (parseLines). Returns 0, -101 for a null handler, or the handler's
-    // error (nothing is stored then).
+    // output (as parseLines does). Returns 0, -101 for a null handler, or the
+    // handler's error (nothing is stored then).
     TErrorCode loadInformation(TesselHandler* handler);
 
     // Turns listing lines into packages. A line that carries one of the four ids
@@ -37,6 +40,9 @@ class TesselDataProvider : public PreloadedDataProvider {
     // it has a value) and stores it with addPackage. Values are not reset between
     // records: a record without, say, a state line keeps the previous state.
     void parseLines(const ObjectArray<String>& lines);
+    // The same for the raw output of the listing command (`size` bytes of UTF-8,
+    // split as TesselHandler::splitLines splits it).
+    void parseListing(const char* data, std::size_t size);
 
     // 1 when `line` carries `id` and `value` was set to the value, else 0 (`value`
     // untouched). The line carries the id when its first nine characters equal the
@@ -72,6 +78,12 @@ class TesselDataProvider : public PreloadedDataProvider {
                              bool showRemoved);
 
   private:
+    class RecordReader;
+
+    // addPackage on the texts themselves.
+    bool storePackage(const std::wstring& name, const std::wstring& version,
+                      const std::wstring& uninstData, const std::wstring& state);
+
     String m_NameId;
     String m_VersionId;
     String m_UninstDataId;

@@ -21,14 +21,18 @@ const wchar_t kShellSuffix[] = L"'";
 // Replaces the whole shell line when set and not empty.
 const char kOverrideVariable[] = "PDXCAT";
 
-// Appends one line of `length` bytes at `start`, decoded.
-void appendLine(const char* start, std::size_t length, std::wstring& scratch,
-                ObjectArray<String>& lines) {
-    scratch.clear();
-    Utf8::decode(start, length, scratch);
-    lines.add(String());
-    lines[lines.size() - 1] = String(scratch);
-}
+// Appends each line to an array.
+class ArraySink : public TesselLineSink {
+  public:
+    explicit ArraySink(ObjectArray<String>& lines) : m_lines(lines) {}
+    void onLine(const wchar_t* text, std::size_t length) override {
+        m_lines.add(String());
+        m_lines[m_lines.size() - 1] = String(std::wstring(text, length));
+    }
+
+  private:
+    ObjectArray<String>& m_lines;
+};
 
 }  // namespace
 
@@ -70,6 +74,11 @@ TErrorCode TesselHandler::createProcess(const String& command, Process** process
 }
 
 TErrorCode TesselHandler::runCommand(const String& command, ObjectArray<String>& lines) {
+    ArraySink sink(lines);
+    return runCommand(command, sink);
+}
+
+TErrorCode TesselHandler::runCommand(const String& command, TesselLineSink& sink) {
     REG_TRACE_SCOPE("TesselHandler::runCommand(const String &, ObjectArray<String> &)");
     Process* process = nullptr;
     TErrorCode rc = createProcess(command, &process);
@@ -93,32 +102,41 @@ TErrorCode TesselHandler::runCommand(const String& command, ObjectArray<String>&
     if (rc == PluginSDK::RESULT_OK) {
         REG_TRACE(3, "Reading output from child process");
         const std::string output = process->getInputStream()->readAll();
-        appendLines(output.data(), output.size(), lines);
+        splitLines(output.data(), output.size(), sink);
     }
     delete process;
     return rc;
 }
 
-void TesselHandler::appendLines(const char* data, std::size_t size, ObjectArray<String>& lines) {
+void TesselHandler::splitLines(const char* data, std::size_t size, TesselLineSink& sink) {
     if (data == nullptr) {
         return;
     }
     // CR and LF are single bytes that never occur inside a UTF-8 sequence, so the
     // bytes can be split before they are decoded.
-    std::wstring scratch;
+    std::wstring line;
     const char* start = data;
     const char* const end = data + size;
     for (const char* p = data; p < end; ++p) {
         if (*p == '\n' || *p == '\r') {
             if (p > start) {
-                appendLine(start, static_cast<std::size_t>(p - start), scratch, lines);
+                line.clear();
+                Utf8::decode(start, static_cast<std::size_t>(p - start), line);
+                sink.onLine(line.data(), line.size());
             }
             start = p + 1;
         }
     }
     if (end > start) {
-        appendLine(start, static_cast<std::size_t>(end - start), scratch, lines);
+        line.clear();
+        Utf8::decode(start, static_cast<std::size_t>(end - start), line);
+        sink.onLine(line.data(), line.size());
     }
+}
+
+void TesselHandler::appendLines(const char* data, std::size_t size, ObjectArray<String>& lines) {
+    ArraySink sink(lines);
+    splitLines(data, size, sink);
 }
 
 }  // namespace RegPlugin

@@ -10,6 +10,7 @@
 #include "base/ObjectArray.h"
 #include "base/Process.h"
 #include "base/String.h"
+#include "cross/tessel/TesselLineSink.h"
 
 namespace RegPlugin {
 
@@ -33,12 +34,16 @@ class TesselHandler {
     // by a signal counts as 128 + the signal), and then `lines` is left as it was.
     // The child is always reaped before this returns.
     TErrorCode runCommand(const String& command, ObjectArray<String>& lines);
+    // The same, handing each line to `sink` instead (nothing when it fails).
+    TErrorCode runCommand(const String& command, TesselLineSink& sink);
 
-    // Appends the lines of `size` bytes of UTF-8 output to `lines`. A line feed or
-    // a carriage return ends a line; empty lines are never appended (so CR LF is
-    // one break), and text after the last line end is the last line. Bytes that are
-    // not UTF-8 become characters of their own (see base/Utf8.h); a NUL byte is a
-    // character like any other.
+    // Hands the lines of `size` bytes of UTF-8 output to `sink`, in order. A line
+    // feed or a carriage return ends a line; empty lines are never handed on (so CR
+    // LF is one break), and text after the last line end is the last line. Bytes
+    // that are not UTF-8 become characters of their own (see base/Utf8.h); a NUL
+    // byte is a character like any other. A null `data` has no lines.
+    static void splitLines(const char* data, std::size_t size, TesselLineSink& sink);
+    // The same, appending the lines to `lines`.
     static void appendLines(const char* data, std::size_t size, ObjectArray<String>& lines);
 
     // The product directory.

@@ -159,6 +159,15 @@ TEST(TesselDataProviderTest, LoadsTheListing) {
         EXPECT_TRUE(c.traceLine.empty() || trace.sink().contains(c.traceLine)) << c.traceLine;
         EXPECT_TRUE(trace.sink().contains("The pdxDirectory property is " + product.path()));
         EXPECT_TRUE(trace.sink().contains("Parsing output from list command"));
+        // The same records from the raw listing and from its lines.
+        Catalog fromBuffer;
+        fromBuffer.parseListing(c.listing.data(), c.listing.size());
+        EXPECT_EQ(show(fromBuffer), c.expected);
+        ObjectArray<String> lines;
+        RegPlugin::TesselHandler::appendLines(c.listing.data(), c.listing.size(), lines);
+        Catalog fromLines;
+        fromLines.parseLines(lines);
+        EXPECT_EQ(show(fromLines), c.expected);
     }
 }
 
