@@ -41,12 +41,15 @@ TesselHandler::TesselHandler(const String& directory) : m_Directory(directory) {
 TErrorCode TesselHandler::createProcess(const String& command, Process** process) {
     // The scope carries the name of the one-argument form, as it always has.
     REG_TRACE_SCOPE("TesselHandler::runCommand(const String &)");
+    if (process == nullptr) {
+        return PluginSDK::ERROR_NULL_ARGUMENT;
+    }
     String shellLine(kShellPrefix);
     shellLine.concat(command);
     shellLine.concat(String(kShellSuffix));
-    const char* override = std::getenv(kOverrideVariable);
-    if (override != nullptr && *override != '\0') {
-        shellLine = String(override);
+    const char* replacement = std::getenv(kOverrideVariable);
+    if (replacement != nullptr && *replacement != '\0') {
+        shellLine = String(replacement);
     }
 
     // One line: the command, then every environment entry on a line of its own.

@@ -25,7 +25,8 @@ class TesselHandler {
     // When the environment variable PDXCAT is set and not empty, its value is run
     // as it stands instead (split into words, no shell). On success stores the new
     // process in `*process` (owned by the caller) and returns 0; otherwise stores
-    // null and returns REG_PLUGIN_ERROR_UNABLE_TO_INVOKE_PDX_CLI.
+    // null and returns REG_PLUGIN_ERROR_UNABLE_TO_INVOKE_PDX_CLI. A null `process`
+    // gives -101 and starts nothing.
     TErrorCode createProcess(const String& command, Process** process);
 
     // Runs the command to completion and appends its output lines to `lines` (see

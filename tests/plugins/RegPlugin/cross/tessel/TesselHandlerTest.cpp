@@ -230,6 +230,8 @@ TEST(TesselHandlerTest, CannotStartOutsideAnExistingDirectory) {
         EXPECT_EQ(handler.createProcess(String("pdxcat -p"), &process),
                   REG_PLUGIN_ERROR_UNABLE_TO_INVOKE_PDX_CLI);
         EXPECT_EQ(process, nullptr);
+        EXPECT_EQ(handler.createProcess(String("pdxcat -p"), nullptr),
+                  PluginSDK::ERROR_NULL_ARGUMENT);
     }
 }
 
