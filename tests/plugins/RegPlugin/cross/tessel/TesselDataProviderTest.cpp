@@ -358,17 +358,5 @@ TEST(TesselDataProviderTest, CheckCriteria) {
     EXPECT_EQ(catalog.checkCriteria(&package, nullptr, true, true), PluginSDK::ERROR_NULL_ARGUMENT);
 }
 
-TEST(TesselDataProviderTest, PackageComputesNothing) {
-    TesselPackage package(L"p.1");
-    package.setProperty(L"name", L"p");
-    package.setProperty(L"name", L"q");
-    PluginSDK::String value(L"kept");
-    EXPECT_EQ(package.getProperty(L"installDir", value), REG_PLUGIN_ERROR_PROPERTY_NOT_FOUND);
-    EXPECT_EQ(value, PluginSDK::String(L"kept"));
-    EXPECT_EQ(package.getProperty(L"name", value), 0);
-    EXPECT_EQ(value, PluginSDK::String(L"q"));
-    EXPECT_EQ(package.properties.size(), 1u);
-}
-
 }  // namespace
 }  // namespace RegPluginTest

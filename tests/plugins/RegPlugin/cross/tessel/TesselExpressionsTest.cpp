@@ -243,8 +243,6 @@ TEST_F(TesselExpressionsTest, FactoryMakesTheCatalog) {
     ASSERT_NE(dynamic_cast<RegPlugin::TesselDataProvider*>(provider), nullptr);
     EXPECT_EQ(provider, RegistryDataProviderFactory::getDataProvider(
                             RegistryDataProviderFactory::TESSEL_PROVIDER));
-    EXPECT_EQ(RegistryDataProviderFactory::getDataProviderClass(L"tessel"),
-              RegistryDataProviderFactory::TESSEL_PROVIDER);
     // Read once: a changed listing is not seen.
     EXPECT_EQ(list({}), "0 a.1");
     product.setListing(tesselRecord("b", "1", "u", "IC---"));
