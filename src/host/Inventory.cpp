@@ -23,8 +23,31 @@ const std::vector<RegistrySource>& knownRegistries() {
          "IsmpProductInfo",
          "root's ISMP registry file vpd.properties could not be opened or has a malformed line",
          {}},
+        {"tessel",
+         "TesselCatalogList",
+         "TesselCatalogInfo",
+         "the Tessel catalog could not be listed; is pdxDirectory the product directory?",
+         {},
+         "pdxDirectory",
+         {"uninstData", "isInstalled", "isCommitted", "backupState", "rebootRequired",
+          "isDiscovered", "isHidden", "errorState"}},
     };
     return registries;
+}
+
+std::vector<RegistrySource> configuredRegistries(const std::vector<RegistrySource>& registries,
+                                                 const PropertyList& settings) {
+    std::vector<RegistrySource> selected;
+    for (const RegistrySource& source : registries) {
+        bool given = source.requiredSetting == nullptr;
+        for (const auto& setting : settings) {
+            given = given || setting.first == source.requiredSetting;
+        }
+        if (given) {
+            selected.push_back(source);
+        }
+    }
+    return selected;
 }
 
 namespace {
@@ -92,6 +115,13 @@ Inventory collectInventory(PluginSDK::Plugin& plugin, const std::vector<Registry
                     Evaluation value = info.evaluate();
                     if (value.kind == Evaluation::Kind::Scalar && value.code == 0) {
                         *field.second = std::move(value.scalar);
+                    }
+                }
+                for (const char* extra : source.extraFields) {
+                    info.setProperty("field", extra);
+                    Evaluation value = info.evaluate();
+                    if (value.kind == Evaluation::Kind::Scalar && value.code == 0) {
+                        record.extraFields.emplace_back(extra, std::move(value.scalar));
                     }
                 }
             }

@@ -6,6 +6,7 @@
 #include "cross/dpkg/DpkgDataProvider.h"
 #include "cross/ismp/IsmpDataProvider.h"
 #include "cross/rpm/LegacyRpmDataProvider.h"
+#include "cross/tessel/TesselDataProvider.h"
 
 namespace RegPlugin {
 
@@ -45,10 +46,13 @@ RegistryDataProvider* createDataProvider(RegistryDataProviderFactory::DataProvid
             return new LegacyRpmDataProvider();
         case RegistryDataProviderFactory::DPKG_PROVIDER:
             return new DpkgDataProvider();
+        case RegistryDataProviderFactory::TESSEL_PROVIDER:
+            // The message ids of the name, version, uninstall-data and state lines.
+            return new TesselDataProvider(String(L"PDXMS0164I"), String(L"PDXMS0165I"),
+                                          String(L"PDXMS0804I"), String(L"PDXMS0166I"));
         case RegistryDataProviderFactory::ISMP_PROVIDER:
             return new IsmpDataProvider();
         case RegistryDataProviderFactory::CORVU_PROVIDER:
-        case RegistryDataProviderFactory::TESSEL_PROVIDER:
         case RegistryDataProviderFactory::ANYWHERE_PROVIDER:
         case RegistryDataProviderFactory::ORLO_PROVIDER:
         case RegistryDataProviderFactory::INVALID_PROVIDER:
