@@ -10,6 +10,7 @@
 #define HOSTSDK_BASE_STRINGMAP_H
 
 #include <cstddef>
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <string>
@@ -26,11 +27,12 @@ class HOSTSDK_API StringMap {
     StringMap& operator=(const StringMap& other);
     ~StringMap();
 
-    // Copies the value of `key` into `value` and returns true; when the key is
-    // absent, `value` is made empty and the result is false.
+    // Copies the value of `key` into `value` (reusing its storage) and returns true;
+    // when the key is absent, `value` is made empty and the result is false.
     bool getEntry(const String& key, String& value) const;
     bool hasEntry(const String& key) const;
-    // Stores `value` under `key`, replacing an earlier value.
+    // Stores `value` under `key`, replacing an earlier value. A key or value of 4 GiB
+    // or more in UTF-8 throws std::length_error (as does addEntryUtf8).
     void setEntry(const String& key, const String& value);
     // Adds an entry from UTF-8 bytes without looking for an earlier one: the caller
     // guarantees that `key` is not in the map yet (an XML element's attributes,
@@ -53,7 +55,8 @@ class HOSTSDK_API StringMap {
     std::size_t lengthAt(std::size_t offset) const;
 
     // Per entry: key length, key bytes, value length, value bytes; each length is a
-    // std::size_t in native byte order.
+    // Length in native byte order.
+    using Length = std::uint32_t;
     std::string m_data;
     int m_size;
     mutable std::unique_ptr<Entries> m_entries;  // entries(), made on demand

@@ -41,9 +41,12 @@ class HOSTSDK_API Node {
     const String& getName() const { return *m_name; }
     // The text of a text or comment node, the data of a processing instruction,
     // empty for an element.
-    const String& getValue() const { return m_value; }
-    void setValue(const String& value) { m_value = value; }
-    void setValue(String&& value) { m_value = std::move(value); }
+    const String& getValue() const { return *m_value; }
+    void setValue(const String& value);
+    void setValue(String&& value);
+    // The same with a text that several nodes share (the reader gives text nodes
+    // of the same short text one String); null sets the empty text.
+    void setValue(std::shared_ptr<const String> value);
     // Appends the first `length` characters of `text` to the value; does nothing
     // when `text` is null or `length` is not positive.
     void appendValue(const wchar_t* text, int length);
@@ -61,8 +64,8 @@ class HOSTSDK_API Node {
 
   private:
     Type m_type;
-    std::shared_ptr<const String> m_name;  // never null
-    String m_value;
+    std::shared_ptr<const String> m_name;   // never null
+    std::shared_ptr<const String> m_value;  // never null
     StringMap m_attributes;
     std::list<Node*> m_children;
 };

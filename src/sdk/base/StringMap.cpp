@@ -1,6 +1,8 @@
 #include "base/StringMap.h"
 
 #include <cstring>
+#include <limits>
+#include <stdexcept>
 
 #include "base/Utf8.h"
 
@@ -20,13 +22,17 @@ StringMap& StringMap::operator=(const StringMap& other) {
 StringMap::~StringMap() = default;
 
 std::size_t StringMap::lengthAt(std::size_t offset) const {
-    std::size_t length;
+    Length length;
     std::memcpy(&length, m_data.data() + offset, sizeof length);
     return length;
 }
 
 void StringMap::append(const char* bytes, std::size_t length) {
-    m_data.append(reinterpret_cast<const char*>(&length), sizeof length);
+    if (length > std::numeric_limits<Length>::max()) {
+        throw std::length_error("StringMap: entry too long");
+    }
+    const Length stored = static_cast<Length>(length);
+    m_data.append(reinterpret_cast<const char*>(&stored), sizeof stored);
     m_data.append(bytes, length);
 }
 
@@ -34,14 +40,14 @@ bool StringMap::find(const std::string& key, std::size_t* valueField) const {
     std::size_t at = 0;
     while (at < m_data.size()) {
         const std::size_t keyLength = lengthAt(at);
-        const std::size_t keyAt = at + sizeof(std::size_t);
+        const std::size_t keyAt = at + sizeof(Length);
         const std::size_t valueAt = keyAt + keyLength;
         if (keyLength == key.size() &&
             std::memcmp(m_data.data() + keyAt, key.data(), keyLength) == 0) {
             *valueField = valueAt;
             return true;
         }
-        at = valueAt + sizeof(std::size_t) + lengthAt(valueAt);
+        at = valueAt + sizeof(Length) + lengthAt(valueAt);
     }
     return false;
 }
@@ -52,7 +58,7 @@ bool StringMap::getEntry(const String& key, String& value) const {
         value = L"";
         return false;
     }
-    value = String(Utf8::decode(m_data.data() + field + sizeof(std::size_t), lengthAt(field)));
+    value.assignUtf8(m_data.data() + field + sizeof(Length), lengthAt(field));
     return true;
 }
 
@@ -68,13 +74,11 @@ void StringMap::setEntry(const String& key, const String& value) {
         Utf8::encode(value.getWideString(), static_cast<std::size_t>(value.length()));
     std::size_t field = 0;
     if (find(keyBytes, &field)) {
-        const std::size_t end = field + sizeof(std::size_t) + lengthAt(field);
-        std::string replaced = m_data.substr(0, field);
-        const std::size_t length = valueBytes.size();
-        replaced.append(reinterpret_cast<const char*>(&length), sizeof length);
-        replaced += valueBytes;
-        replaced.append(m_data, end, std::string::npos);
-        m_data.swap(replaced);
+        const std::size_t end = field + sizeof(Length) + lengthAt(field);
+        std::string rest = m_data.substr(end);
+        m_data.resize(field);
+        append(valueBytes.data(), valueBytes.size());
+        m_data += rest;
         m_entries.reset();
         return;
     }
@@ -83,6 +87,10 @@ void StringMap::setEntry(const String& key, const String& value) {
 
 void StringMap::addEntryUtf8(const char* key, std::size_t keyLength, const char* value,
                              std::size_t valueLength) {
+    if (keyLength > std::numeric_limits<Length>::max() ||
+        valueLength > std::numeric_limits<Length>::max()) {
+        throw std::length_error("StringMap: entry too long");
+    }
     append(key, keyLength);
     append(value, valueLength);
     ++m_size;
@@ -90,7 +98,7 @@ void StringMap::addEntryUtf8(const char* key, std::size_t keyLength, const char*
 }
 
 void StringMap::reserveUtf8(std::size_t entries, std::size_t bytes) {
-    m_data.reserve(m_data.size() + entries * 2 * sizeof(std::size_t) + bytes);
+    m_data.reserve(m_data.size() + entries * 2 * sizeof(Length) + bytes);
 }
 
 const StringMap::Entries& StringMap::entries() const {
@@ -99,11 +107,11 @@ const StringMap::Entries& StringMap::entries() const {
         std::size_t at = 0;
         while (at < m_data.size()) {
             const std::size_t keyLength = lengthAt(at);
-            const std::size_t valueAt = at + sizeof(std::size_t) + keyLength;
+            const std::size_t valueAt = at + sizeof(Length) + keyLength;
             const std::size_t valueLength = lengthAt(valueAt);
-            (*made)[Utf8::decode(m_data.data() + at + sizeof(std::size_t), keyLength)] =
-                Utf8::decode(m_data.data() + valueAt + sizeof(std::size_t), valueLength);
-            at = valueAt + sizeof(std::size_t) + valueLength;
+            (*made)[Utf8::decode(m_data.data() + at + sizeof(Length), keyLength)] =
+                Utf8::decode(m_data.data() + valueAt + sizeof(Length), valueLength);
+            at = valueAt + sizeof(Length) + valueLength;
         }
         m_entries = std::move(made);
     }

@@ -10,6 +10,9 @@ static_assert(sizeof(XML_Char) == 1, "the parser must deliver UTF-8");
 
 namespace {
 
+constexpr std::size_t kMaxSharedTexts = 4096;
+constexpr std::size_t kMaxSharedTextBytes = 32;
+
 int currentLine(XML_Parser parser) {
     XML_Size line = XML_GetCurrentLineNumber(parser);
     return line > static_cast<XML_Size>(INT_MAX) ? INT_MAX : static_cast<int>(line);
@@ -62,9 +65,27 @@ Node* TreeBuilder::adopt(std::unique_ptr<Node> node) {
 
 std::unique_ptr<Node> TreeBuilder::takeText() {
     std::unique_ptr<Node> text(new Node(Node::TEXT, m_textName));
-    std::wstring value;
-    Utf8::decode(m_text.data(), m_text.size(), value);
-    text->setValue(String(std::move(value)));
+    std::shared_ptr<const String>* shared = nullptr;
+    if (m_text.size() <= kMaxSharedTextBytes) {
+        auto found = m_texts.find(m_text);
+        if (found != m_texts.end()) {
+            shared = &found->second;
+        } else if (m_texts.size() < kMaxSharedTexts) {
+            shared = &m_texts[m_text];
+        }
+    }
+    if (shared == nullptr || !*shared) {
+        std::wstring value;
+        Utf8::decode(m_text.data(), m_text.size(), value);
+        auto made = std::make_shared<const String>(std::move(value));
+        if (shared == nullptr) {
+            text->setValue(std::move(made));
+            m_text.clear();
+            return text;
+        }
+        *shared = std::move(made);
+    }
+    text->setValue(*shared);
     m_text.clear();
     return text;
 }

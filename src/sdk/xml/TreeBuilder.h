@@ -67,6 +67,9 @@ class TreeBuilder {
     std::vector<Node*> m_open;  // open elements, innermost last; owned by m_root
     std::string m_text;         // UTF-8 character data not yet in a node
     std::unordered_map<std::string, std::shared_ptr<const String>> m_names;
+    // Short texts met so far (indentation, mostly), shared by the nodes that hold
+    // them; at most kMaxSharedTexts of at most kMaxSharedTextBytes each.
+    std::unordered_map<std::string, std::shared_ptr<const String>> m_texts;
     std::shared_ptr<const String> m_textName;
     std::shared_ptr<const String> m_commentName;
     bool m_stopped = false;

@@ -28,10 +28,11 @@ inline bool isElementNamed(const Node* node, const wchar_t* name) {
 }
 
 // The attribute `name` of `element` as a plug-in string; empty when absent.
-inline PluginSDK::String attributeOf(const Node& element, const String& name) {
-    String value;
-    element.getAttributes().getEntry(name, value);
-    return PluginSDK::String(value.getWideString(), static_cast<std::size_t>(value.length()));
+// `scratch` is working storage that a walk passes to every call, so that reading
+// an attribute allocates only the result.
+inline PluginSDK::String attributeOf(const Node& element, const String& name, String& scratch) {
+    element.getAttributes().getEntry(name, scratch);
+    return PluginSDK::String(scratch.getWideString(), static_cast<std::size_t>(scratch.length()));
 }
 
 // Writes the level 3 line "Found node name='" NAME "'" into `trace` for one child

@@ -104,22 +104,23 @@ void InstallAnywhereDataProvider::addProducts(Trace& regTrace_, const Node& prod
         return;
     }
     const Names& n = names();
+    String scratch;  // reused by every attribute read
     for (const Node* child : *children) {
         if (!REG_TRACE_FOUND_NODE(child) || child->getName() != L"product") {
             continue;
         }
-        const PluginSDK::String id = attributeOf(*child, n.id);
-        const PluginSDK::String name = attributeOf(*child, n.name);
-        const PluginSDK::String version = attributeOf(*child, n.version);
-        const PluginSDK::String location = attributeOf(*child, n.location);
-        const PluginSDK::String lastModified = attributeOf(*child, n.lastModified);
+        const PluginSDK::String id = attributeOf(*child, n.id, scratch);
+        const PluginSDK::String name = attributeOf(*child, n.name, scratch);
+        const PluginSDK::String version = attributeOf(*child, n.version, scratch);
+        const PluginSDK::String location = attributeOf(*child, n.location, scratch);
+        const PluginSDK::String lastModified = attributeOf(*child, n.lastModified, scratch);
         PluginSDK::String vendorId;
         PluginSDK::String vendorName;
         if (const std::list<Node*>* details = childrenOf(child)) {
             for (const Node* detail : *details) {
                 if (REG_TRACE_FOUND_NODE(detail) && detail->getName() == L"vendor") {
-                    vendorId = attributeOf(*detail, n.id);
-                    vendorName = attributeOf(*detail, n.name);
+                    vendorId = attributeOf(*detail, n.id, scratch);
+                    vendorName = attributeOf(*detail, n.name, scratch);
                 }
             }
         }
@@ -152,16 +153,17 @@ void InstallAnywhereDataProvider::addComponents(Trace& regTrace_, const Node& co
         return;
     }
     const Names& n = names();
+    String scratch;  // reused by every attribute read
     const PluginSDK::String empty;
     for (const Node* child : *children) {
         if (!REG_TRACE_FOUND_NODE(child) || child->getName() != L"component") {
             continue;
         }
-        const PluginSDK::String id = attributeOf(*child, n.id);
-        const PluginSDK::String name = attributeOf(*child, n.name);
-        const PluginSDK::String version = attributeOf(*child, n.version);
-        const PluginSDK::String location = attributeOf(*child, n.location);
-        const PluginSDK::String vendor = attributeOf(*child, n.vendor);
+        const PluginSDK::String id = attributeOf(*child, n.id, scratch);
+        const PluginSDK::String name = attributeOf(*child, n.name, scratch);
+        const PluginSDK::String version = attributeOf(*child, n.version, scratch);
+        const PluginSDK::String location = attributeOf(*child, n.location, scratch);
+        const PluginSDK::String vendor = attributeOf(*child, n.vendor, scratch);
         REG_TRACE(3, "Found component", " name='", name, "' id='", id, "' version='", version,
                   "' location='", location, "' vendor='", vendor, "'");
 

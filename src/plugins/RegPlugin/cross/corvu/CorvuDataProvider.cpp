@@ -135,8 +135,9 @@ void CorvuDataProvider::loadTree(const Node* root) {
 
 void CorvuDataProvider::addLocation(Trace& regTrace_, const Node& location) {
     const Names& n = names();
-    const PluginSDK::String locationId = attributeOf(location, n.id);
-    const PluginSDK::String path = attributeOf(location, n.path);
+    String scratch;  // reused by every attribute read
+    const PluginSDK::String locationId = attributeOf(location, n.id, scratch);
+    const PluginSDK::String path = attributeOf(location, n.path, scratch);
     REG_TRACE(3, "Found location tag id='", locationId, "' path='", path, "'");
     const std::list<Node*>* children = childrenOf(&location);
     if (children == nullptr) {
@@ -146,10 +147,10 @@ void CorvuDataProvider::addLocation(Trace& regTrace_, const Node& location) {
         if (!REG_TRACE_FOUND_NODE(child) || child->getName() != L"package") {
             continue;
         }
-        const PluginSDK::String kind = attributeOf(*child, n.kind);
-        const PluginSDK::String name = attributeOf(*child, n.name);
-        const PluginSDK::String id = attributeOf(*child, n.id);
-        const PluginSDK::String version = attributeOf(*child, n.version);
+        const PluginSDK::String kind = attributeOf(*child, n.kind, scratch);
+        const PluginSDK::String name = attributeOf(*child, n.name, scratch);
+        const PluginSDK::String id = attributeOf(*child, n.id, scratch);
+        const PluginSDK::String version = attributeOf(*child, n.version, scratch);
         PluginSDK::String vendor;
         if (const std::list<Node*>* properties = childrenOf(child)) {
             String propertyName;
@@ -157,7 +158,7 @@ void CorvuDataProvider::addLocation(Trace& regTrace_, const Node& location) {
                 if (isElementNamed(property, L"property") &&
                     property->getAttributes().getEntry(n.name, propertyName) &&
                     propertyName == L"vendor.name") {
-                    vendor = attributeOf(*property, n.value);
+                    vendor = attributeOf(*property, n.value, scratch);
                 }
             }
         }
