@@ -17,6 +17,9 @@
 #include "base/String.h"
 #include "base/StringMap.h"
 
+class NodeArena;
+class TreeBuilder;
+
 class HOSTSDK_API Node {
   public:
     enum Type {
@@ -63,7 +66,13 @@ class HOSTSDK_API Node {
     void addChild(Node* child) { m_children.push_back(child); }
 
   private:
+    friend class TreeBuilder;
+    // Destroys `node`: deletes a node of its own, only destructs one in an arena.
+    static void release(Node* node);
+
     Type m_type;
+    bool m_inArena = false;                 // lives in its root's arena
+    std::unique_ptr<NodeArena> m_arena;     // a reader-built root: its nodes' memory
     std::shared_ptr<const String> m_name;   // never null
     std::shared_ptr<const String> m_value;  // never null
     StringMap m_attributes;

@@ -1,5 +1,7 @@
 #include "xml/Node.h"
 
+#include "NodeArena.h"
+
 #include <string>
 #include <utility>
 
@@ -34,8 +36,9 @@ void Node::setValue(std::shared_ptr<const String> value) {
 }
 
 // The subtree is taken apart breadth first: each node's children are spliced onto
-// one work list before the node is deleted, so the node's own destructor finds no
-// children. Splicing moves list cells and never allocates.
+// one work list before the node is destroyed, so the node's own destructor finds no
+// children. Splicing moves list cells and never allocates. The arena of a
+// reader-built root goes last, with the members, once no node lives in it.
 Node::~Node() {
     std::list<Node*> pending;
     pending.splice(pending.end(), m_children);
@@ -44,8 +47,19 @@ Node::~Node() {
         pending.pop_front();
         if (node != nullptr) {
             pending.splice(pending.end(), node->m_children);
-            delete node;
+            release(node);
         }
+    }
+}
+
+void Node::release(Node* node) {
+    if (node == nullptr) {
+        return;
+    }
+    if (node->m_inArena) {
+        node->~Node();
+    } else {
+        delete node;
     }
 }
 

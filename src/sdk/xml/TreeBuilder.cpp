@@ -4,6 +4,7 @@
 #include <cstring>
 #include <utility>
 
+#include "NodeArena.h"
 #include "base/Utf8.h"
 
 static_assert(sizeof(XML_Char) == 1, "the parser must deliver UTF-8");
@@ -55,7 +56,20 @@ void TreeBuilder::stop() {
     XML_StopParser(m_parser, XML_FALSE);
 }
 
-Node* TreeBuilder::adopt(std::unique_ptr<Node> node) {
+template <class NameType>
+TreeBuilder::NodePtr TreeBuilder::newNode(Node::Type type, NameType&& name) {
+    if (!m_root) {
+        NodePtr root(new Node(type, std::forward<NameType>(name)));
+        root->m_arena.reset(new NodeArena());
+        return root;
+    }
+    void* room = m_root->m_arena->allocate(sizeof(Node));
+    NodePtr node(new (room) Node(type, std::forward<NameType>(name)));
+    node->m_inArena = true;
+    return node;
+}
+
+Node* TreeBuilder::adopt(NodePtr node) {
     if (m_open.empty()) {
         return nullptr;
     }
@@ -63,8 +77,8 @@ Node* TreeBuilder::adopt(std::unique_ptr<Node> node) {
     return node.release();
 }
 
-std::unique_ptr<Node> TreeBuilder::takeText() {
-    std::unique_ptr<Node> text(new Node(Node::TEXT, m_textName));
+TreeBuilder::NodePtr TreeBuilder::takeText() {
+    NodePtr text = newNode(Node::TEXT, m_textName);
     std::shared_ptr<const String>* shared = nullptr;
     if (m_text.size() <= kMaxSharedTextBytes) {
         auto found = m_texts.find(m_text);
@@ -107,7 +121,7 @@ const std::shared_ptr<const String>& TreeBuilder::sharedName(const char* name) {
 void XMLCALL TreeBuilder::startElement(void* data, const XML_Char* name, const XML_Char** atts) {
     guarded(data, [name, atts](TreeBuilder& self) {
         self.flushText();
-        std::unique_ptr<Node> element(new Node(Node::ELEMENT, self.sharedName(name)));
+        NodePtr element = self.newNode(Node::ELEMENT, self.sharedName(name));
         // The parser has refused repeated attributes already.
         std::size_t count = 0;
         std::size_t bytes = 0;
@@ -125,7 +139,7 @@ void XMLCALL TreeBuilder::startElement(void* data, const XML_Char* name, const X
         Node* added;
         if (self.m_open.empty()) {
             // The parser refuses a second root element before this could replace one.
-            self.m_root = std::move(element);
+            self.m_root.reset(element.release());
             added = self.m_root.get();
         } else {
             added = self.adopt(std::move(element));
@@ -155,7 +169,7 @@ void XMLCALL TreeBuilder::comment(void* data, const XML_Char* text) {
     guarded(data, [text](TreeBuilder& self) {
         self.flushText();
         if (!self.m_open.empty()) {
-            std::unique_ptr<Node> node(new Node(Node::COMMENT, self.m_commentName));
+            NodePtr node = self.newNode(Node::COMMENT, self.m_commentName);
             node->setValue(text);
             self.adopt(std::move(node));
         }
@@ -166,7 +180,7 @@ void XMLCALL TreeBuilder::instruction(void* data, const XML_Char* target, const 
     guarded(data, [target, text](TreeBuilder& self) {
         self.flushText();
         if (!self.m_open.empty()) {
-            std::unique_ptr<Node> node(new Node(Node::PROCESSING_INSTRUCTION, target));
+            NodePtr node = self.newNode(Node::PROCESSING_INSTRUCTION, String(target));
             node->setValue(text);
             self.adopt(std::move(node));
         }

@@ -51,13 +51,21 @@ class TreeBuilder {
     template <class Action>
     static void guarded(void* data, Action action);
     void stop();
-    // Adds `node` under the innermost open element and returns it; deletes it and
+    // A node being built, destroyed (Node::release) unless adopted.
+    struct Release {
+        void operator()(Node* node) const { Node::release(node); }
+    };
+    using NodePtr = std::unique_ptr<Node, Release>;
+    // A new node: the root on the heap, every other node in the root's arena.
+    template <class NameType>
+    NodePtr newNode(Node::Type type, NameType&& name);
+    // Adds `node` under the innermost open element and returns it; destroys it and
     // returns null when no element is open (content outside the root).
-    Node* adopt(std::unique_ptr<Node> node);
+    Node* adopt(NodePtr node);
     // Turns the character data gathered since the last node into a text node.
     void flushText();
     // A new text node holding the character data gathered so far (which is cleared).
-    std::unique_ptr<Node> takeText();
+    NodePtr takeText();
     // The shared name `name` (UTF-8): one String for every element of a name.
     const std::shared_ptr<const String>& sharedName(const char* name);
 

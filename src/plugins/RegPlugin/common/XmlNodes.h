@@ -3,7 +3,10 @@
 #ifndef REGPLUGIN_COMMON_XMLNODES_H
 #define REGPLUGIN_COMMON_XMLNODES_H
 
+#include <cstddef>
 #include <list>
+#include <map>
+#include <string>
 
 #include "PluginSDK/String.h"
 #include "base/String.h"
@@ -34,6 +37,31 @@ inline PluginSDK::String attributeOf(const Node& element, const String& name, St
     element.getAttributes().getEntry(name, scratch);
     return PluginSDK::String(scratch.getWideString(), static_cast<std::size_t>(scratch.length()));
 }
+
+// Values that many elements of a registry repeat (vendor names, vendor ids): one
+// plug-in string per distinct text, shared by every package that holds it.
+class SharedValues {
+  public:
+    // The attribute `name` of `element`, as attributeOf, shared with every earlier
+    // call that read the same text (up to a bounded number of distinct texts).
+    PluginSDK::String attributeOf(const Node& element, const String& name, String& scratch) {
+        element.getAttributes().getEntry(name, scratch);
+        const auto found = m_values.find(scratch.wide());
+        if (found != m_values.end()) {
+            return found->second;
+        }
+        PluginSDK::String value(scratch.getWideString(),
+                                static_cast<std::size_t>(scratch.length()));
+        if (m_values.size() < kMaxValues) {
+            m_values.emplace(scratch.wide(), value);
+        }
+        return value;
+    }
+
+  private:
+    static constexpr std::size_t kMaxValues = 1024;
+    std::map<std::wstring, PluginSDK::String> m_values;
+};
 
 // Writes the level 3 line "Found node name='" NAME "'" into `trace` for one child
 // met while walking a registry, NAME being the element's name, or

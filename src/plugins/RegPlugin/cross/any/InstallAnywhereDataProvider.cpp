@@ -105,6 +105,7 @@ void InstallAnywhereDataProvider::addProducts(Trace& regTrace_, const Node& prod
     }
     const Names& n = names();
     String scratch;  // reused by every attribute read
+    SharedValues vendors;
     for (const Node* child : *children) {
         if (!REG_TRACE_FOUND_NODE(child) || child->getName() != L"product") {
             continue;
@@ -119,8 +120,8 @@ void InstallAnywhereDataProvider::addProducts(Trace& regTrace_, const Node& prod
         if (const std::list<Node*>* details = childrenOf(child)) {
             for (const Node* detail : *details) {
                 if (REG_TRACE_FOUND_NODE(detail) && detail->getName() == L"vendor") {
-                    vendorId = attributeOf(*detail, n.id, scratch);
-                    vendorName = attributeOf(*detail, n.name, scratch);
+                    vendorId = vendors.attributeOf(*detail, n.id, scratch);
+                    vendorName = vendors.attributeOf(*detail, n.name, scratch);
                 }
             }
         }
@@ -154,6 +155,7 @@ void InstallAnywhereDataProvider::addComponents(Trace& regTrace_, const Node& co
     }
     const Names& n = names();
     String scratch;  // reused by every attribute read
+    SharedValues vendors;
     const PluginSDK::String empty;
     for (const Node* child : *children) {
         if (!REG_TRACE_FOUND_NODE(child) || child->getName() != L"component") {
@@ -163,7 +165,7 @@ void InstallAnywhereDataProvider::addComponents(Trace& regTrace_, const Node& co
         const PluginSDK::String name = attributeOf(*child, n.name, scratch);
         const PluginSDK::String version = attributeOf(*child, n.version, scratch);
         const PluginSDK::String location = attributeOf(*child, n.location, scratch);
-        const PluginSDK::String vendor = attributeOf(*child, n.vendor, scratch);
+        const PluginSDK::String vendor = vendors.attributeOf(*child, n.vendor, scratch);
         REG_TRACE(3, "Found component", " name='", name, "' id='", id, "' version='", version,
                   "' location='", location, "' vendor='", vendor, "'");
 

@@ -136,6 +136,7 @@ void CorvuDataProvider::loadTree(const Node* root) {
 void CorvuDataProvider::addLocation(Trace& regTrace_, const Node& location) {
     const Names& n = names();
     String scratch;  // reused by every attribute read
+    SharedValues vendors;
     const PluginSDK::String locationId = attributeOf(location, n.id, scratch);
     const PluginSDK::String path = attributeOf(location, n.path, scratch);
     REG_TRACE(3, "Found location tag id='", locationId, "' path='", path, "'");
@@ -158,7 +159,7 @@ void CorvuDataProvider::addLocation(Trace& regTrace_, const Node& location) {
                 if (isElementNamed(property, L"property") &&
                     property->getAttributes().getEntry(n.name, propertyName) &&
                     propertyName == L"vendor.name") {
-                    vendor = attributeOf(*property, n.value, scratch);
+                    vendor = vendors.attributeOf(*property, n.value, scratch);
                 }
             }
         }
