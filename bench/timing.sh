@@ -1,14 +1,15 @@
 # Timing helpers shared by the benchmark scripts; source it after setting $scratch
 # to an empty scratch directory.
 
-# run NAME COMMAND...: one timed run; appends "seconds kilobytes" to $scratch/NAME.
+# run NAME COMMAND...: one timed run; appends "seconds kilobytes cpu-seconds" (wall
+# time, peak RSS, user + system time) to $scratch/NAME.
 run() {
     local name=$1
     shift
     local start=$EPOCHREALTIME
-    /usr/bin/time -f '%M' -o "$scratch/rss" "$@" >/dev/null
+    /usr/bin/time -f '%M %U %S' -o "$scratch/rss" "$@" >/dev/null
     local end=$EPOCHREALTIME
-    echo "$start $end $(cat "$scratch/rss")" | awk '{ print $2 - $1, $3 }' >>"$scratch/$name"
+    echo "$start $end $(cat "$scratch/rss")" | awk '{ print $2 - $1, $3, $4 + $5 }' >>"$scratch/$name"
 }
 
 # median NAME COLUMN: the median of one column of the runs of NAME.

@@ -5,6 +5,7 @@
 #ifndef HOSTSDK_BASE_STRING_H
 #define HOSTSDK_BASE_STRING_H
 
+#include <memory>
 #include <string>
 
 #include "base/Export.h"
@@ -19,6 +20,7 @@ class HOSTSDK_API String {
     // Null gives the empty string.
     String(const wchar_t* text);  // NOLINT(google-explicit-constructor)
     explicit String(const std::wstring& text);
+    explicit String(std::wstring&& text) noexcept;
     ~String();
 
     String& operator=(const String& other);
@@ -48,6 +50,9 @@ class HOSTSDK_API String {
     // folding that does not depend on the process locale.
     int compareTo(const String& other, int ignoreCase) const;
     int compareTo(const wchar_t* other) const;
+    // Replaces the text by the `length` UTF-8 bytes at `text`, reusing this
+    // string's storage where it can; returns this string.
+    String& assignUtf8(const char* text, std::size_t length);
     // Appends and returns this string.
     String& concat(const String& other);
     String& concat(const char* text);
@@ -62,11 +67,11 @@ class HOSTSDK_API String {
     bool operator<(const String& other) const { return m_text < other.m_text; }
 
   private:
-    void invalidate() { m_narrowValid = false; }
+    void invalidate() { m_narrow.reset(); }
 
     std::wstring m_text;
-    mutable std::string m_narrow;
-    mutable bool m_narrowValid = false;
+    // The UTF-8 form, made on first use and dropped by every change.
+    mutable std::unique_ptr<std::string> m_narrow;
 };
 
 #endif

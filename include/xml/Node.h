@@ -11,10 +11,14 @@
 #define HOSTSDK_XML_NODE_H
 
 #include <list>
+#include <memory>
 
 #include "base/Export.h"
 #include "base/String.h"
 #include "base/StringMap.h"
+
+class NodeArena;
+class TreeBuilder;
 
 class HOSTSDK_API Node {
   public:
@@ -26,6 +30,9 @@ class HOSTSDK_API Node {
     };
 
     Node(Type type, const String& name);
+    // The same with a name that several nodes share (the reader gives every
+    // element of one name, and every text node, one shared name).
+    Node(Type type, std::shared_ptr<const String> name);
     virtual ~Node();
     Node(const Node&) = delete;
     Node& operator=(const Node&) = delete;
@@ -34,11 +41,15 @@ class HOSTSDK_API Node {
     bool isElement() const { return getType() == ELEMENT; }
     // An element's tag name; "#text" or "#comment" for those kinds; a processing
     // instruction's target.
-    const String& getName() const { return m_name; }
+    const String& getName() const { return *m_name; }
     // The text of a text or comment node, the data of a processing instruction,
     // empty for an element.
-    const String& getValue() const { return m_value; }
-    void setValue(const String& value) { m_value = value; }
+    const String& getValue() const { return *m_value; }
+    void setValue(const String& value);
+    void setValue(String&& value);
+    // The same with a text that several nodes share (the reader gives text nodes
+    // of the same short text one String); null sets the empty text.
+    void setValue(std::shared_ptr<const String> value);
     // Appends the first `length` characters of `text` to the value; does nothing
     // when `text` is null or `length` is not positive.
     void appendValue(const wchar_t* text, int length);
@@ -55,9 +66,15 @@ class HOSTSDK_API Node {
     void addChild(Node* child) { m_children.push_back(child); }
 
   private:
+    friend class TreeBuilder;
+    // Destroys `node`: deletes a node of its own, only destructs one in an arena.
+    static void release(Node* node);
+
     Type m_type;
-    String m_name;
-    String m_value;
+    bool m_inArena = false;                 // lives in its root's arena
+    std::unique_ptr<NodeArena> m_arena;     // a reader-built root: its nodes' memory
+    std::shared_ptr<const String> m_name;   // never null
+    std::shared_ptr<const String> m_value;  // never null
     StringMap m_attributes;
     std::list<Node*> m_children;
 };

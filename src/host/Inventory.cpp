@@ -31,6 +31,16 @@ const std::vector<RegistrySource>& knownRegistries() {
          "pdxDirectory",
          {"uninstData", "isInstalled", "isCommitted", "backupState", "rebootRequired",
           "isDiscovered", "isHidden", "errorState"}},
+        {"any",
+         "InstallAnywhereList",
+         "InstallAnywhereInfo",
+         "the InstallAnywhere registry /var/.com.zerog.registry.xml could not be read",
+         {}},
+        {"corvu",
+         "CorvuList",
+         "CorvuInfo",
+         "the Corvu registry chain from /etc/.kelvo/registry/Corvu.dat could not be read",
+         {}},
     };
     return registries;
 }

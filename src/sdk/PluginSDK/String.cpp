@@ -185,6 +185,10 @@ bool String::operator<(const String& other) const noexcept {
     }
     const std::size_t common =
         m_rep->length < other.m_rep->length ? m_rep->length : other.m_rep->length;
+    // Most keys of a map differ in their first character: decide those inline.
+    if (common > 0 && m_rep->data()[0] != other.m_rep->data()[0]) {
+        return std::char_traits<wchar_t>::lt(m_rep->data()[0], other.m_rep->data()[0]);
+    }
     const int order =
         std::char_traits<wchar_t>::compare(m_rep->data(), other.m_rep->data(), common);
     return order != 0 ? order < 0 : m_rep->length < other.m_rep->length;

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <cstring>
 #include <cwchar>
+#include <memory>
 #include <utility>
 
 #include "CaseFold.h"
@@ -14,12 +15,8 @@ String::String() = default;
 String::String(const String& other) : m_text(other.m_text) {}
 
 String::String(String&& other) noexcept
-    : m_text(std::move(other.m_text)),
-      m_narrow(std::move(other.m_narrow)),
-      m_narrowValid(other.m_narrowValid) {
+    : m_text(std::move(other.m_text)), m_narrow(std::move(other.m_narrow)) {
     other.m_text.clear();
-    other.m_narrow.clear();
-    other.m_narrowValid = false;
 }
 
 String::String(const char* text) : m_text(Utf8::decode(text)) {}
@@ -31,6 +28,8 @@ String::String(const wchar_t* text) {
 }
 
 String::String(const std::wstring& text) : m_text(text) {}
+
+String::String(std::wstring&& text) noexcept : m_text(std::move(text)) {}
 
 String::~String() = default;
 
@@ -46,10 +45,7 @@ String& String::operator=(String&& other) noexcept {
     if (this != &other) {
         m_text = std::move(other.m_text);
         m_narrow = std::move(other.m_narrow);
-        m_narrowValid = other.m_narrowValid;
         other.m_text.clear();
-        other.m_narrow.clear();
-        other.m_narrowValid = false;
     }
     return *this;
 }
@@ -72,13 +68,26 @@ String& String::operator=(const wchar_t* text) {
     return *this;
 }
 
-String::operator const char*() const {
-    if (!m_narrowValid) {
-        m_narrow.clear();
-        Utf8::encode(m_text.data(), m_text.size(), m_narrow);
-        m_narrowValid = true;
+String& String::assignUtf8(const char* text, std::size_t length) {
+    // Decode aside first when `text` may point into this string's own narrow form.
+    if (m_narrow && text >= m_narrow->data() && text <= m_narrow->data() + m_narrow->size()) {
+        std::wstring decoded = Utf8::decode(text, length);
+        m_text.swap(decoded);
+    } else {
+        m_text.clear();
+        Utf8::decode(text, length, m_text);
     }
-    return m_narrow.c_str();
+    invalidate();
+    return *this;
+}
+
+String::operator const char*() const {
+    if (!m_narrow) {
+        std::unique_ptr<std::string> narrow(new std::string());
+        Utf8::encode(m_text.data(), m_text.size(), *narrow);
+        m_narrow = std::move(narrow);
+    }
+    return m_narrow->c_str();
 }
 
 wchar_t String::charAt(int index) const {

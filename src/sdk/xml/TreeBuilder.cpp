@@ -1,17 +1,18 @@
 #include "TreeBuilder.h"
 
 #include <climits>
+#include <cstring>
 #include <utility>
 
+#include "NodeArena.h"
 #include "base/Utf8.h"
 
 static_assert(sizeof(XML_Char) == 1, "the parser must deliver UTF-8");
 
 namespace {
 
-String fromUtf8(const std::string& text) {
-    return String(Utf8::decode(text.data(), text.size()));
-}
+constexpr std::size_t kMaxSharedTexts = 4096;
+constexpr std::size_t kMaxSharedTextBytes = 32;
 
 int currentLine(XML_Parser parser) {
     XML_Size line = XML_GetCurrentLineNumber(parser);
@@ -20,7 +21,11 @@ int currentLine(XML_Parser parser) {
 
 }  // namespace
 
-TreeBuilder::TreeBuilder(XML_Parser parser, NodeSink& sink) : m_parser(parser), m_sink(sink) {
+TreeBuilder::TreeBuilder(XML_Parser parser, NodeSink& sink)
+    : m_parser(parser),
+      m_sink(sink),
+      m_textName(std::make_shared<const String>("#text")),
+      m_commentName(std::make_shared<const String>("#comment")) {
     XML_SetUserData(parser, this);
     XML_SetElementHandler(parser, &TreeBuilder::startElement, &TreeBuilder::endElement);
     XML_SetCharacterDataHandler(parser, &TreeBuilder::characters);
@@ -51,7 +56,20 @@ void TreeBuilder::stop() {
     XML_StopParser(m_parser, XML_FALSE);
 }
 
-Node* TreeBuilder::adopt(std::unique_ptr<Node> node) {
+template <class NameType>
+TreeBuilder::NodePtr TreeBuilder::newNode(Node::Type type, NameType&& name) {
+    if (!m_root) {
+        NodePtr root(new Node(type, std::forward<NameType>(name)));
+        root->m_arena.reset(new NodeArena());
+        return root;
+    }
+    void* room = m_root->m_arena->allocate(sizeof(Node));
+    NodePtr node(new (room) Node(type, std::forward<NameType>(name)));
+    node->m_inArena = true;
+    return node;
+}
+
+Node* TreeBuilder::adopt(NodePtr node) {
     if (m_open.empty()) {
         return nullptr;
     }
@@ -59,27 +77,69 @@ Node* TreeBuilder::adopt(std::unique_ptr<Node> node) {
     return node.release();
 }
 
-void TreeBuilder::flushText() {
-    if (m_text.empty()) {
-        return;
+TreeBuilder::NodePtr TreeBuilder::takeText() {
+    NodePtr text = newNode(Node::TEXT, m_textName);
+    std::shared_ptr<const String>* shared = nullptr;
+    if (m_text.size() <= kMaxSharedTextBytes) {
+        auto found = m_texts.find(m_text);
+        if (found != m_texts.end()) {
+            shared = &found->second;
+        } else if (m_texts.size() < kMaxSharedTexts) {
+            shared = &m_texts[m_text];
+        }
     }
-    std::unique_ptr<Node> text(new Node(Node::TEXT, "#text"));
-    text->setValue(fromUtf8(m_text));
+    if (shared == nullptr || !*shared) {
+        std::wstring value;
+        Utf8::decode(m_text.data(), m_text.size(), value);
+        auto made = std::make_shared<const String>(std::move(value));
+        if (shared == nullptr) {
+            text->setValue(std::move(made));
+            m_text.clear();
+            return text;
+        }
+        *shared = std::move(made);
+    }
+    text->setValue(*shared);
     m_text.clear();
-    adopt(std::move(text));
+    return text;
+}
+
+void TreeBuilder::flushText() {
+    if (!m_text.empty()) {
+        adopt(takeText());
+    }
+}
+
+const std::shared_ptr<const String>& TreeBuilder::sharedName(const char* name) {
+    std::shared_ptr<const String>& shared = m_names[name];
+    if (!shared) {
+        shared = std::make_shared<const String>(name);
+    }
+    return shared;
 }
 
 void XMLCALL TreeBuilder::startElement(void* data, const XML_Char* name, const XML_Char** atts) {
     guarded(data, [name, atts](TreeBuilder& self) {
         self.flushText();
-        std::unique_ptr<Node> element(new Node(Node::ELEMENT, name));
+        NodePtr element = self.newNode(Node::ELEMENT, self.sharedName(name));
+        // The parser has refused repeated attributes already.
+        std::size_t count = 0;
+        std::size_t bytes = 0;
         for (const XML_Char** att = atts; att[0] != nullptr; att += 2) {
-            element->getAttributes().setEntry(att[0], att[1]);
+            ++count;
+            bytes += std::strlen(att[0]) + std::strlen(att[1]);
+        }
+        if (count > 0) {
+            StringMap& attributes = element->getAttributes();
+            attributes.reserveUtf8(count, bytes);
+            for (const XML_Char** att = atts; att[0] != nullptr; att += 2) {
+                attributes.addEntryUtf8(att[0], std::strlen(att[0]), att[1], std::strlen(att[1]));
+            }
         }
         Node* added;
         if (self.m_open.empty()) {
             // The parser refuses a second root element before this could replace one.
-            self.m_root = std::move(element);
+            self.m_root.reset(element.release());
             added = self.m_root.get();
         } else {
             added = self.adopt(std::move(element));
@@ -109,7 +169,7 @@ void XMLCALL TreeBuilder::comment(void* data, const XML_Char* text) {
     guarded(data, [text](TreeBuilder& self) {
         self.flushText();
         if (!self.m_open.empty()) {
-            std::unique_ptr<Node> node(new Node(Node::COMMENT, "#comment"));
+            NodePtr node = self.newNode(Node::COMMENT, self.m_commentName);
             node->setValue(text);
             self.adopt(std::move(node));
         }
@@ -120,7 +180,7 @@ void XMLCALL TreeBuilder::instruction(void* data, const XML_Char* target, const 
     guarded(data, [target, text](TreeBuilder& self) {
         self.flushText();
         if (!self.m_open.empty()) {
-            std::unique_ptr<Node> node(new Node(Node::PROCESSING_INSTRUCTION, target));
+            NodePtr node = self.newNode(Node::PROCESSING_INSTRUCTION, String(target));
             node->setValue(text);
             self.adopt(std::move(node));
         }
@@ -133,12 +193,7 @@ void XMLCALL TreeBuilder::startCdata(void* data) {
 
 // A CDATA section is a text node of its own, even when it is empty.
 void XMLCALL TreeBuilder::endCdata(void* data) {
-    guarded(data, [](TreeBuilder& self) {
-        std::unique_ptr<Node> text(new Node(Node::TEXT, "#text"));
-        text->setValue(fromUtf8(self.m_text));
-        self.m_text.clear();
-        self.adopt(std::move(text));
-    });
+    guarded(data, [](TreeBuilder& self) { self.adopt(self.takeText()); });
 }
 
 // Called for a reference to an entity whose declaration was not read (it would be

@@ -13,6 +13,7 @@
 #include <exception>
 #include <memory>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "xml/Node.h"
@@ -50,17 +51,35 @@ class TreeBuilder {
     template <class Action>
     static void guarded(void* data, Action action);
     void stop();
-    // Adds `node` under the innermost open element and returns it; deletes it and
+    // A node being built, destroyed (Node::release) unless adopted.
+    struct Release {
+        void operator()(Node* node) const { Node::release(node); }
+    };
+    using NodePtr = std::unique_ptr<Node, Release>;
+    // A new node: the root on the heap, every other node in the root's arena.
+    template <class NameType>
+    NodePtr newNode(Node::Type type, NameType&& name);
+    // Adds `node` under the innermost open element and returns it; destroys it and
     // returns null when no element is open (content outside the root).
-    Node* adopt(std::unique_ptr<Node> node);
+    Node* adopt(NodePtr node);
     // Turns the character data gathered since the last node into a text node.
     void flushText();
+    // A new text node holding the character data gathered so far (which is cleared).
+    NodePtr takeText();
+    // The shared name `name` (UTF-8): one String for every element of a name.
+    const std::shared_ptr<const String>& sharedName(const char* name);
 
     XML_Parser m_parser;
     NodeSink& m_sink;
     std::unique_ptr<Node> m_root;
     std::vector<Node*> m_open;  // open elements, innermost last; owned by m_root
     std::string m_text;         // UTF-8 character data not yet in a node
+    std::unordered_map<std::string, std::shared_ptr<const String>> m_names;
+    // Short texts met so far (indentation, mostly), shared by the nodes that hold
+    // them; at most kMaxSharedTexts of at most kMaxSharedTextBytes each.
+    std::unordered_map<std::string, std::shared_ptr<const String>> m_texts;
+    std::shared_ptr<const String> m_textName;
+    std::shared_ptr<const String> m_commentName;
     bool m_stopped = false;
     std::exception_ptr m_failure;
 };

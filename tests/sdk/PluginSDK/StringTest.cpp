@@ -35,6 +35,13 @@ TEST(PluginSdkString, ConversionsNullsAndOrder) {
     EXPECT_FALSE(String(L"a\0b", 3) == L"a");
     EXPECT_TRUE(String(L"\u00FC") < String(L"\U0001D11E"));
     EXPECT_FALSE(String(L"b") < String(L"B"));
+    // Decided by the first character, by a later one, or by the length.
+    EXPECT_TRUE(String(L"ab") < String(L"b"));
+    EXPECT_TRUE(String(L"abc") < String(L"abd"));
+    EXPECT_FALSE(String(L"abd") < String(L"abc"));
+    EXPECT_TRUE(String(L"ab") < String(L"abc"));
+    EXPECT_FALSE(String(L"abc") < String(L"ab"));
+    EXPECT_TRUE(String() < String(L"a"));
 }
 
 TEST(PluginSdkString, CopiesShareUntilModified) {

@@ -3,6 +3,8 @@
 #include "RegPluginConstants.h"
 #include "base/String.h"
 #include "common/PluginTrace.h"
+#include "cross/any/InstallAnywhereDataProvider.h"
+#include "cross/corvu/CorvuDataProvider.h"
 #include "cross/dpkg/DpkgDataProvider.h"
 #include "cross/ismp/IsmpDataProvider.h"
 #include "cross/rpm/LegacyRpmDataProvider.h"
@@ -53,7 +55,9 @@ RegistryDataProvider* createDataProvider(RegistryDataProviderFactory::DataProvid
         case RegistryDataProviderFactory::ISMP_PROVIDER:
             return new IsmpDataProvider();
         case RegistryDataProviderFactory::CORVU_PROVIDER:
+            return new CorvuDataProvider();
         case RegistryDataProviderFactory::ANYWHERE_PROVIDER:
+            return new InstallAnywhereDataProvider();
         case RegistryDataProviderFactory::ORLO_PROVIDER:
         case RegistryDataProviderFactory::INVALID_PROVIDER:
             break;
