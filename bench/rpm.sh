@@ -7,7 +7,7 @@
 # BUILD_DIR defaults to build/ beside this directory; bin/rpm_load is built there
 # when missing (cmake --build BUILD_DIR --target rpm_load). RUNS (default 15) is the
 # number of runs of each command; the two commands take turns so that a busy machine
-# slows them alike. The database is made once with tools/make-rpmdb.sh (a few minutes) and
+# slows them alike. The database is made once with tools/make-rpmdb.sh (minutes) and
 # kept under BUILD_DIR/benchdata/rpmdb5000; rpm finds it through HOME/.rpmmacros.
 #
 # Prints the median wall time and the median peak RSS of each command and the ratio

@@ -6,8 +6,9 @@
 # BUILD_DIR defaults to build/ (built with tools/build.sh); RUNS is passed on to each
 # benchmark. The generated data (a 50,000-package dpkg status file, a 5,000-package
 # rpm database built from real packages, a 100,000-package Tessel product directory,
-# a 20,000-product InstallAnywhere registry) is made on the first run and kept under
-# BUILD_DIR/benchdata/; the rpm database takes a few minutes to build.
+# a 20,000-product InstallAnywhere registry, all made by the generators in tools/) is
+# made on the first run and kept under BUILD_DIR/benchdata/; the rpm database takes
+# minutes to build.
 set -euo pipefail
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 build=${1:-$here/../build}
