@@ -85,6 +85,8 @@ TEST_F(PackageInfoMatchTest, MatchesMarkEveryPackageFound) {
         // match it.
         {L"[ab]", L"Tool", L"1.0", nullptr, 0, true, "0001000", nullptr},
         {L"a", L"Tool", L"1.0", nullptr, 0, false, "0000000", nullptr},
+        // A pattern's text that only begins the field is no match.
+        {L"Acme", L"*", L"*", nullptr, 0, false, "0000000", nullptr},
     };
     for (const auto& c : cases) {
         const std::string label =
