@@ -17,6 +17,16 @@ const std::vector<RegistrySource>& knownRegistries() {
          "DpkgProductInfo",
          "the dpkg status file /var/lib/dpkg/status could not be read",
          {}},
+        {"any",
+         "InstallAnywhereList",
+         "InstallAnywhereInfo",
+         "the InstallAnywhere registry /var/.com.zerog.registry.xml could not be read",
+         {}},
+        {"corvu",
+         "CorvuList",
+         "CorvuInfo",
+         "the Corvu registry chain from /etc/.kelvo/registry/Corvu.dat could not be read",
+         {}},
     };
     return registries;
 }

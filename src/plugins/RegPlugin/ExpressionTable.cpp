@@ -3,6 +3,12 @@
 #include <cwchar>
 
 #include "RegPluginConstants.h"
+#include "cross/any/InstallAnywhereExists.h"
+#include "cross/any/InstallAnywhereInfo.h"
+#include "cross/any/InstallAnywhereList.h"
+#include "cross/corvu/CorvuExists.h"
+#include "cross/corvu/CorvuInfo.h"
+#include "cross/corvu/CorvuList.h"
 #include "cross/dpkg/DpkgProductExists.h"
 #include "cross/dpkg/DpkgProductInfo.h"
 #include "cross/dpkg/DpkgProductList.h"
@@ -41,6 +47,12 @@ const ExpressionTableRow* expressionTable(std::size_t& count) {
         {REG_PLUGIN_EXPRESSION_DPKGPRODUCTLIST, &create<DpkgProductList>},
         {REG_PLUGIN_EXPRESSION_DPKGPRODUCTEXISTS, &create<DpkgProductExists>},
         {REG_PLUGIN_EXPRESSION_DPKGPRODUCTINFO, &create<DpkgProductInfo>},
+        {REG_PLUGIN_EXPRESSION_CORVULIST, &create<CorvuList>},
+        {REG_PLUGIN_EXPRESSION_CORVUEXISTS, &create<CorvuExists>},
+        {REG_PLUGIN_EXPRESSION_CORVUINFO, &create<CorvuInfo>},
+        {REG_PLUGIN_EXPRESSION_ANYLIST, &create<InstallAnywhereList>},
+        {REG_PLUGIN_EXPRESSION_ANYEXISTS, &create<InstallAnywhereExists>},
+        {REG_PLUGIN_EXPRESSION_ANYINFO, &create<InstallAnywhereInfo>},
     };
     count = sizeof(rows) / sizeof(rows[0]);
     return rows;

@@ -105,7 +105,32 @@ TEST_F(NodeReaderTest, BuildsTheTreeAsWritten) {
         ASSERT_NE(sink.tree, nullptr) << c.xml;
         EXPECT_EQ(describe(*sink.tree), c.tree) << c.xml;
         EXPECT_TRUE(sink.errors.empty() && sink.warnings.empty()) << c.xml;
+        // The same bytes from memory give the same tree.
+        sink.tree.reset();
+        const std::string xml = c.xml;
+        ASSERT_EQ(NodeReader(sink).processBuffer(xml.data(), xml.size(), 0), NodeReader::STATUS_OK);
+        ASSERT_NE(sink.tree, nullptr) << c.xml;
+        EXPECT_EQ(describe(*sink.tree), c.tree) << c.xml;
     }
+}
+
+TEST_F(NodeReaderTest, BufferDocumentsLargerThanAChunkAndBrokenOnes) {
+    const std::string big = "<r>" + repeat("<a x='1'/>", 20000) + "</r>";
+    NodeReader reader(sink);
+    ASSERT_EQ(reader.processBuffer(big.data(), big.size(), 0), NodeReader::STATUS_OK);
+    const std::list<Node*>* children = nullptr;
+    ASSERT_EQ(sink.tree->getChildren(&children), 0);
+    EXPECT_EQ(children->size(), 20000u);
+    EXPECT_EQ(reader.getStatus(), NodeReader::STATUS_OK);
+
+    sink.tree.reset();
+    const std::string cut = big.substr(0, big.size() / 2);
+    EXPECT_EQ(reader.processBuffer(cut.data(), cut.size(), 0), NodeReader::STATUS_PARSE_ERROR);
+    EXPECT_EQ(reader.processBuffer(nullptr, 0, 0), NodeReader::STATUS_PARSE_ERROR);
+    EXPECT_EQ(sink.tree, nullptr);
+    ASSERT_EQ(sink.errors.size(), 2u);
+    EXPECT_EQ(sink.errors[0].rfind("(buffer): ", 0), 0u) << sink.errors[0];
+    EXPECT_NE(sink.errors[1].find("no element found"), std::string::npos) << sink.errors[1];
 }
 
 // Line 0: an I/O error, for a file that cannot be opened or is not a regular file.

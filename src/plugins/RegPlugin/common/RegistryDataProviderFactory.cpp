@@ -3,6 +3,8 @@
 #include "RegPluginConstants.h"
 #include "base/String.h"
 #include "common/PluginTrace.h"
+#include "cross/any/InstallAnywhereDataProvider.h"
+#include "cross/corvu/CorvuDataProvider.h"
 #include "cross/dpkg/DpkgDataProvider.h"
 #include "cross/rpm/LegacyRpmDataProvider.h"
 
@@ -44,10 +46,12 @@ RegistryDataProvider* createDataProvider(RegistryDataProviderFactory::DataProvid
             return new LegacyRpmDataProvider();
         case RegistryDataProviderFactory::DPKG_PROVIDER:
             return new DpkgDataProvider();
-        case RegistryDataProviderFactory::ISMP_PROVIDER:
         case RegistryDataProviderFactory::CORVU_PROVIDER:
-        case RegistryDataProviderFactory::TESSEL_PROVIDER:
+            return new CorvuDataProvider();
         case RegistryDataProviderFactory::ANYWHERE_PROVIDER:
+            return new InstallAnywhereDataProvider();
+        case RegistryDataProviderFactory::ISMP_PROVIDER:
+        case RegistryDataProviderFactory::TESSEL_PROVIDER:
         case RegistryDataProviderFactory::ORLO_PROVIDER:
         case RegistryDataProviderFactory::INVALID_PROVIDER:
             break;

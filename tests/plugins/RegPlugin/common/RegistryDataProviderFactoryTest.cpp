@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include "CommonFakes.h"
+#include "cross/any/InstallAnywhereDataProvider.h"
+#include "cross/corvu/CorvuDataProvider.h"
 #include "cross/dpkg/DpkgDataProvider.h"
 #include "cross/rpm/LegacyRpmDataProvider.h"
 
@@ -31,7 +33,13 @@ TEST_F(RegistryDataProviderFactoryTest, CreatesOneProviderPerClass) {
     EXPECT_EQ(Factory::getDataProvider(Factory::OS_PROVIDER), os);
     auto* dpkg = Factory::getDataProvider(Factory::DPKG_PROVIDER);
     EXPECT_NE(dynamic_cast<RegPlugin::DpkgDataProvider*>(dpkg), nullptr);
-    for (auto which : {Factory::ISMP_PROVIDER, Factory::ANYWHERE_PROVIDER, Factory::ORLO_PROVIDER})
+    EXPECT_NE(dynamic_cast<RegPlugin::InstallAnywhereDataProvider*>(
+                  Factory::getDataProvider(Factory::ANYWHERE_PROVIDER)),
+              nullptr);
+    EXPECT_NE(dynamic_cast<RegPlugin::CorvuDataProvider*>(
+                  Factory::getDataProvider(Factory::CORVU_PROVIDER)),
+              nullptr);
+    for (auto which : {Factory::ISMP_PROVIDER, Factory::ORLO_PROVIDER})
         EXPECT_EQ(Factory::getDataProvider(which), nullptr) << "class " << which;
 }
 
