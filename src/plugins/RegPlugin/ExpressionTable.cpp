@@ -12,6 +12,8 @@
 #include "cross/dpkg/DpkgProductExists.h"
 #include "cross/dpkg/DpkgProductInfo.h"
 #include "cross/dpkg/DpkgProductList.h"
+#include "cross/orlo/OrloProductInfo.h"
+#include "cross/orlo/OrloProductList.h"
 #include "cross/package/PackageInfoEqual.h"
 #include "cross/package/PackageInfoMatch.h"
 #include "cross/rpm/RpmProductExists.h"
@@ -53,6 +55,8 @@ const ExpressionTableRow* expressionTable(std::size_t& count) {
         {REG_PLUGIN_EXPRESSION_ANYLIST, &create<InstallAnywhereList>},
         {REG_PLUGIN_EXPRESSION_ANYEXISTS, &create<InstallAnywhereExists>},
         {REG_PLUGIN_EXPRESSION_ANYINFO, &create<InstallAnywhereInfo>},
+        {REG_PLUGIN_EXPRESSION_ORLOPRODUCTLIST, &create<OrloProductList>},
+        {REG_PLUGIN_EXPRESSION_ORLOPRODUCTINFO, &create<OrloProductInfo>},
     };
     count = sizeof(rows) / sizeof(rows[0]);
     return rows;

@@ -6,6 +6,7 @@
 #include "cross/any/InstallAnywhereDataProvider.h"
 #include "cross/corvu/CorvuDataProvider.h"
 #include "cross/dpkg/DpkgDataProvider.h"
+#include "cross/orlo/OrloDataProvider.h"
 #include "cross/rpm/LegacyRpmDataProvider.h"
 
 namespace RegPlugin {
@@ -50,9 +51,10 @@ RegistryDataProvider* createDataProvider(RegistryDataProviderFactory::DataProvid
             return new CorvuDataProvider();
         case RegistryDataProviderFactory::ANYWHERE_PROVIDER:
             return new InstallAnywhereDataProvider();
+        case RegistryDataProviderFactory::ORLO_PROVIDER:
+            return new OrloDataProvider();
         case RegistryDataProviderFactory::ISMP_PROVIDER:
         case RegistryDataProviderFactory::TESSEL_PROVIDER:
-        case RegistryDataProviderFactory::ORLO_PROVIDER:
         case RegistryDataProviderFactory::INVALID_PROVIDER:
             break;
     }

@@ -6,6 +6,7 @@
 #include "cross/any/InstallAnywhereDataProvider.h"
 #include "cross/corvu/CorvuDataProvider.h"
 #include "cross/dpkg/DpkgDataProvider.h"
+#include "cross/orlo/OrloDataProvider.h"
 #include "cross/rpm/LegacyRpmDataProvider.h"
 
 namespace RegPluginTest {
@@ -39,7 +40,10 @@ TEST_F(RegistryDataProviderFactoryTest, CreatesOneProviderPerClass) {
     EXPECT_NE(dynamic_cast<RegPlugin::CorvuDataProvider*>(
                   Factory::getDataProvider(Factory::CORVU_PROVIDER)),
               nullptr);
-    for (auto which : {Factory::ISMP_PROVIDER, Factory::ORLO_PROVIDER})
+    EXPECT_NE(dynamic_cast<RegPlugin::OrloDataProvider*>(
+                  Factory::getDataProvider(Factory::ORLO_PROVIDER)),
+              nullptr);
+    for (auto which : {Factory::ISMP_PROVIDER})
         EXPECT_EQ(Factory::getDataProvider(which), nullptr) << "class " << which;
 }
 
