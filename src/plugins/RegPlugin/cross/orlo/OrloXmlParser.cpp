@@ -83,8 +83,9 @@ bool OrloXmlParser::parseNode(const wchar_t* file, const Node* node) {
     if (node == nullptr || !isRecordName(node->getName())) {
         return false;
     }
+    // A record element without children makes no record.
     const std::list<Node*>* children = childrenOf(node);
-    if (children == nullptr) {
+    if (children == nullptr || children->empty()) {
         return false;
     }
     OrloProduct product;
