@@ -5,15 +5,19 @@
 #
 # BUILD_DIR defaults to build/ (built with tools/build.sh); RUNS is passed on to each
 # benchmark. The generated data (a 50,000-package dpkg status file, a 5,000-package
-# rpm database built from real packages) is made on the first run and kept under
-# BUILD_DIR/benchdata/; the rpm database takes a few minutes to build.
+# rpm database built from real packages, a 20,000-product InstallAnywhere registry)
+# is made on the first run and kept under BUILD_DIR/benchdata/; the rpm database
+# takes a few minutes to build.
 set -euo pipefail
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 build=${1:-$here/../build}
 runs=${2:-9}
-cmake --build "$build" --target dpkg_load rpm_load -j "$(nproc)" >/dev/null
+cmake --build "$build" --target dpkg_load rpm_load anywhere_load expat_floor -j "$(nproc)" >/dev/null
 echo "== dpkg: provider load vs dpkg-query"
 bash "$here/dpkg.sh" "$build" "$runs"
 echo
 echo "== rpm: provider load vs the bare rpm command"
 bash "$here/rpm.sh" "$build" "$runs"
+echo
+echo "== InstallAnywhere: provider load vs expat with empty callbacks"
+bash "$here/anywhere.sh" "$build" "$runs"
