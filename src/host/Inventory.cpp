@@ -27,6 +27,12 @@ const std::vector<RegistrySource>& knownRegistries() {
          "CorvuInfo",
          "the Corvu registry chain from /etc/.kelvo/registry/Corvu.dat could not be read",
          {}},
+        // A missing vpd.properties is no failure: the List is empty then.
+        {"ismp",
+         "IsmpProductList",
+         "IsmpProductInfo",
+         "root's ISMP registry file vpd.properties could not be opened or has a malformed line",
+         {}},
     };
     return registries;
 }

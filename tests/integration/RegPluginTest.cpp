@@ -173,6 +173,7 @@ TEST_F(RegPluginTest, KnownNamesCreateNewExpressionsOfTheirKind) {
         {L"VoidProductList", false}, {L"VoidProductExists", true}, {L"VoidProductInfo", true},
         {L"RpmProductList", false},  {L"RpmProductExists", true},  {L"RpmProductInfo", true},
         {L"DpkgProductList", false}, {L"DpkgProductExists", true}, {L"DpkgProductInfo", true},
+        {L"IsmpProductList", false}, {L"IsmpProductExists", true}, {L"IsmpProductInfo", true},
     };
     for (const auto& [name, scalar] : known) {
         PluginSDK::Expression *first = nullptr, *second = nullptr;

@@ -12,6 +12,9 @@
 #include "cross/dpkg/DpkgProductExists.h"
 #include "cross/dpkg/DpkgProductInfo.h"
 #include "cross/dpkg/DpkgProductList.h"
+#include "cross/ismp/IsmpProductExists.h"
+#include "cross/ismp/IsmpProductInfo.h"
+#include "cross/ismp/IsmpProductList.h"
 #include "cross/orlo/OrloProductInfo.h"
 #include "cross/orlo/OrloProductList.h"
 #include "cross/package/PackageInfoEqual.h"
@@ -57,6 +60,9 @@ const ExpressionTableRow* expressionTable(std::size_t& count) {
         {REG_PLUGIN_EXPRESSION_ANYINFO, &create<InstallAnywhereInfo>},
         {REG_PLUGIN_EXPRESSION_ORLOPRODUCTLIST, &create<OrloProductList>},
         {REG_PLUGIN_EXPRESSION_ORLOPRODUCTINFO, &create<OrloProductInfo>},
+        {REG_PLUGIN_EXPRESSION_ISMPPRODUCTLIST, &create<IsmpProductList>},
+        {REG_PLUGIN_EXPRESSION_ISMPPRODUCTEXISTS, &create<IsmpProductExists>},
+        {REG_PLUGIN_EXPRESSION_ISMPPRODUCTINFO, &create<IsmpProductInfo>},
     };
     count = sizeof(rows) / sizeof(rows[0]);
     return rows;

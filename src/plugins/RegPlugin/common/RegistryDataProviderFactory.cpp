@@ -6,6 +6,7 @@
 #include "cross/any/InstallAnywhereDataProvider.h"
 #include "cross/corvu/CorvuDataProvider.h"
 #include "cross/dpkg/DpkgDataProvider.h"
+#include "cross/ismp/IsmpDataProvider.h"
 #include "cross/orlo/OrloDataProvider.h"
 #include "cross/rpm/LegacyRpmDataProvider.h"
 
@@ -47,13 +48,14 @@ RegistryDataProvider* createDataProvider(RegistryDataProviderFactory::DataProvid
             return new LegacyRpmDataProvider();
         case RegistryDataProviderFactory::DPKG_PROVIDER:
             return new DpkgDataProvider();
+        case RegistryDataProviderFactory::ISMP_PROVIDER:
+            return new IsmpDataProvider();
         case RegistryDataProviderFactory::CORVU_PROVIDER:
             return new CorvuDataProvider();
         case RegistryDataProviderFactory::ANYWHERE_PROVIDER:
             return new InstallAnywhereDataProvider();
         case RegistryDataProviderFactory::ORLO_PROVIDER:
             return new OrloDataProvider();
-        case RegistryDataProviderFactory::ISMP_PROVIDER:
         case RegistryDataProviderFactory::TESSEL_PROVIDER:
         case RegistryDataProviderFactory::INVALID_PROVIDER:
             break;

@@ -6,6 +6,7 @@
 #include "cross/any/InstallAnywhereDataProvider.h"
 #include "cross/corvu/CorvuDataProvider.h"
 #include "cross/dpkg/DpkgDataProvider.h"
+#include "cross/ismp/IsmpDataProvider.h"
 #include "cross/orlo/OrloDataProvider.h"
 #include "cross/rpm/LegacyRpmDataProvider.h"
 
@@ -43,7 +44,10 @@ TEST_F(RegistryDataProviderFactoryTest, CreatesOneProviderPerClass) {
     EXPECT_NE(dynamic_cast<RegPlugin::OrloDataProvider*>(
                   Factory::getDataProvider(Factory::ORLO_PROVIDER)),
               nullptr);
-    for (auto which : {Factory::ISMP_PROVIDER})
+    EXPECT_NE(dynamic_cast<RegPlugin::IsmpDataProvider*>(
+                  Factory::getDataProvider(Factory::ISMP_PROVIDER)),
+              nullptr);
+    for (auto which : {Factory::TESSEL_PROVIDER})
         EXPECT_EQ(Factory::getDataProvider(which), nullptr) << "class " << which;
 }
 

@@ -1,0 +1,11 @@
+#include "cross/ismp/IsmpProductExists.h"
+
+namespace RegPlugin {
+
+template class ProviderProductExists<RegistryDataProviderFactory::ISMP_PROVIDER>;
+
+IsmpProductExists::IsmpProductExists() = default;
+
+IsmpProductExists::~IsmpProductExists() = default;
+
+}  // namespace RegPlugin

@@ -1,0 +1,451 @@
+#include "cross/ismp/IsmpDataProvider.h"
+
+#include <gtest/gtest.h>
+#include <pwd.h>
+#include <sys/resource.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "../../PluginTestSupport.h"
+#include "RegPluginConstants.h"
+#include "common/RegistryDataProviderFactory.h"
+
+namespace RegPluginTest {
+namespace {
+
+using RegPlugin::IsmpDataProvider;
+using RegPlugin::RegistryPackage;
+using Packages = std::vector<std::string>;
+
+// Fixture lines as the installers write them. KEY: identifier, four version parts, a
+// field the reader ignores, instance. INFO: name, description, a flag, vendor, a URL, a
+// version text, install directory, the four counted lists, one field, the uninstaller
+// field (blank for features) and, for products, nine trailing fields.
+std::string fields(const std::string& prefix, int count) {
+    std::string out;
+    for (int i = 1; i <= count; ++i)
+        out += (i > 1 ? "|" : "") + prefix + std::to_string(i);
+    return out;
+}
+
+std::string key(const std::string& id, const std::string& parts = "1|2|0|3") {
+    return id + "|" + parts + "|ignored|1";
+}
+
+std::string head(const std::string& name, const std::string& dir = "/opt/app") {
+    return name + "|" + name + " description|true|Example Vendor|http://www.example.com|1.2.0.3|" +
+           dir;
+}
+
+// The four counted lists: two single fields, one 10-field record, no 7-field record,
+// two 5-field records.
+const std::string kLists =
+    "2|lib/a.jar|lib/b.jar|1|" + fields("d", 10) + "|0|2|" + fields("p", 5) + "|" + fields("q", 5);
+const std::string kUninstaller = "\"_uninst\" \"uninstall.jar\" \"uninstall.dat\" \"\"";
+const std::string kProductTail = "|" + kLists + "|4|" + kUninstaller + "|" + fields("t", 9);
+const std::string kFeatureTail = "|" + kLists + "|4| ";
+
+std::string product(const std::string& id, const std::string& name) {
+    return key(id) + "=" + head(name) + kProductTail + "\n";
+}
+
+std::string feature(const std::string& id, const std::string& name) {
+    return key(id) + "=" + head(name) + kFeatureTail + "\n";
+}
+
+// "key|type|name|version|instance|description|vendor|installDir|uninstData", "-" for a
+// property that is not there.
+std::string describe(RegistryPackage& package) {
+    std::string out = package.key.toUtf8() + "|" + std::to_string(package.type);
+    for (const wchar_t* name :
+         {REG_PLUGIN_PROPERTY_FIELD_NAME, REG_PLUGIN_PROPERTY_FIELD_VERSION,
+          REG_PLUGIN_PROPERTY_FIELD_INSTANCE, REG_PLUGIN_PROPERTY_FIELD_DESCRIPTION,
+          REG_PLUGIN_PROPERTY_FIELD_VENDOR, REG_PLUGIN_PROPERTY_FIELD_INSTDIR,
+          REG_PLUGIN_PROPERTY_FIELD_UNINSTDATA}) {
+        auto found = package.properties.find(name);
+        out += "|" + (found == package.properties.end() ? "-" : found->second.toUtf8());
+    }
+    return out;
+}
+
+std::string productOf(const std::string& id, const std::string& name) {
+    return id + "@1.2.0.3|1|" + name + "|1.2.0.3|1|" + name +
+           " description|Example Vendor|/opt/app|/opt/app/_uninst/uninstall.dat";
+}
+
+std::string featureOf(const std::string& id, const std::string& name) {
+    return id + "@1.2.0.3|2|" + name + "|1.2.0.3|1|" + name +
+           " description|Example Vendor|/opt/app|";
+}
+
+// A package whose line ended early: what was read before the missing or bad field.
+std::string shortProductOf(const std::string& id, const std::string& name) {
+    return id + "@1.2.0.3|1|" + name + "|1.2.0.3|1|" + name +
+           " description|Example Vendor|/opt/app|-";
+}
+
+struct Loaded {
+    TErrorCode code;
+    Packages packages;
+};
+
+Loaded load(const std::string& path) {
+    IsmpDataProvider provider(path);
+    Loaded loaded{provider.load(), {}};
+    for (RegistryPackage* p = provider.getFirst(); p != nullptr; p = provider.getNext()) {
+        EXPECT_EQ(p->provider, PluginSDK::String(L"ISMP"));
+        loaded.packages.push_back(describe(*p));
+    }
+    return loaded;
+}
+
+TEST(IsmpDataProviderTest, LinesBecomePackages) {
+    const std::string a = product("A1", "Alpha");
+    const std::string b = product("B2", "Beta");
+    const std::string crlfFeature = key("F9") + "=" + head("Feat") + kFeatureTail + "\r\n";
+    // A line of exactly 1000 characters, most of them the description.
+    const std::string longHead = key("L") + "=Long|";
+    const std::string longTail =
+        "|true|Example Vendor|http://www.example.com|1.2.0.3|/opt/app" + kProductTail;
+    const std::string longDescription(1000 - longHead.size() - longTail.size(), 'd');
+    const struct {
+        const char* what;
+        std::string input;
+        TErrorCode code;
+        Packages expected;
+    } cases[] = {
+        {"products and features",
+         a + feature("F1", "Feat") + key("F2") + "=" + head("Bare") + "|" + kLists + "|4\n" + b,
+         0,
+         {productOf("A1", "Alpha"), featureOf("F1", "Feat"), featureOf("F2", "Bare"),
+          productOf("B2", "Beta")}},
+        {"counted lists of every length, negative counts skip nothing",
+         key("C1") + "=" + head("Zero") + "|0|0|0|0|4|" + kUninstaller + "|" + fields("t", 9) +
+             "\n" + key("C2") + "=" + head("Neg") + "|-1|-5|-2|-99999999999|4|" + kUninstaller +
+             "|" + fields("t", 9) + "\n" + key("C3") + "=" + head("Many") + "|3|x|y|z|2|" +
+             fields("d", 20) + "|1|" + fields("s", 7) + "|1|" + fields("p", 5) + "|4|" +
+             kUninstaller + "|" + fields("t", 9) + "\n",
+         0,
+         {productOf("C1", "Zero"), productOf("C2", "Neg"), productOf("C3", "Many")}},
+        {"bad or huge counts end the entry, which is kept; the file goes on",
+         key("H1") + "=" + head("Huge") + "|99999999999|" + fields("x", 40) + "\n" + key("H2") +
+             "=" + head("Word") + "|two|a|b\n" + key("H3") + "=" + head("Hex") + "|2|a|b|0x1|" +
+             fields("d", 10) + "\n" + key("H4") + "=" + head("Tail") + "|2|a|b|1|" +
+             fields("d", 10) + "|0|0|4|" + kUninstaller + "|" + fields("t", 8) + "\n" + a,
+         0,
+         {shortProductOf("H1", "Huge"), shortProductOf("H2", "Word"), shortProductOf("H3", "Hex"),
+          shortProductOf("H4", "Tail"), productOf("A1", "Alpha")}},
+        {"blank version parts end the version",
+         "V1|1|2| |3|x|1=" + head("Third") + kProductTail + "\nV2| \t|2|3|4|x|1=" + head("None") +
+             "\nV3|7|8|9| |x| i2 =" + head("Three") + "\n",
+         0,
+         {"V1@1.2|1|Third|1.2|1|Third description|Example Vendor|/opt/app|"
+          "/opt/app/_uninst/uninstall.dat",
+          "V2@|1|None||1|None description|Example Vendor|/opt/app|-",
+          "V3@7.8.9|1|Three|7.8.9|i2|Three description|Example Vendor|/opt/app|-"}},
+        {"adjacent | are one separator: later fields move forward",
+         "J1|1||2|3|4|5|6=Name||flag|Vendor|url|ver|/opt/j|0|0|0|0|4|" + kUninstaller + "|" +
+             fields("t", 9) + "\n",
+         0,
+         {"J1@1.2.3.4|1|Name|1.2.3.4|6|flag|url|0|-"}},
+        {"a second = ends INFO; leading = are skipped",
+         key("E1") + "=Name|a=b|flag|Vendor" + kProductTail + "\n==" + key("E2") +
+             "==" + head("Lead") + kProductTail + "\n",
+         0,
+         {"E1@1.2.0.3|1|Name|1.2.0.3|1|a|||-", productOf("E2", "Lead")}},
+        {"a 1000-character line",
+         longHead + longDescription + longTail + "\n" + b,
+         0,
+         {"L@1.2.0.3|1|Long|1.2.0.3|1|" + longDescription +
+              "|Example Vendor|/opt/app|/opt/app/_uninst/uninstall.dat",
+          productOf("B2", "Beta")}},
+        {"CRLF: the CR belongs to the last field; trimmed fields lose it",
+         "\r\n" + product("A1", "Alpha").insert(product("A1", "Alpha").size() - 1, "\r") +
+             crlfFeature + key("D1") + "=" + head("Dir", "/opt/d") + "\r\n" + key("D2") + "=" +
+             head("Count") + "|0\r\n",
+         0,
+         {productOf("A1", "Alpha"), featureOf("F9", "Feat"),
+          "D1@1.2.0.3|1|Dir|1.2.0.3|1|Dir description|Example Vendor|/opt/d|-",
+          shortProductOf("D2", "Count")}},
+        {"blank lines are skipped",
+         "\n   \n\t\r\n" + a + "\n\n" + b,
+         0,
+         {productOf("A1", "Alpha"), productOf("B2", "Beta")}},
+        {"no final newline",
+         a + product("B2", "Beta").substr(0, product("B2", "Beta").size() - 1),
+         0,
+         {productOf("A1", "Alpha"), productOf("B2", "Beta")}},
+        {"the first line of a key wins",
+         a + product("A1", "Other") + b,
+         0,
+         {productOf("A1", "Alpha"), productOf("B2", "Beta")}},
+        {"a feature is not checked for extra fields",
+         key("F1") + "=" + head("Feat") + kFeatureTail + "|more|fields|" + fields("t", 12) + "\n" +
+             b,
+         0,
+         {featureOf("F1", "Feat"), productOf("B2", "Beta")}},
+        {"one field too many: refused, the rest of the file is not read",
+         a + key("X1") + "=" + head("Extra") + kProductTail + "|extra\n" + b,
+         REG_PLUGIN_ERROR_PARSING_ISMP_REGISTRY,
+         {productOf("A1", "Alpha")}},
+        {"an uninstaller field without a fifth token",
+         a + key("U1") + "=" + head("Uninst") + "|" + kLists + "|4|\"_uninst\" \"x.jar\"|" +
+             fields("t", 9) + "\n" + b,
+         REG_PLUGIN_ERROR_PARSING_ISMP_REGISTRY,
+         {productOf("A1", "Alpha")}},
+        {"a line without =",
+         a + key("N1") + "|" + head("NoEquals") + "\n" + b,
+         REG_PLUGIN_ERROR_INVALID_ISMP_REGISTRY_ENTRY,
+         {productOf("A1", "Alpha")}},
+        {"only = characters",
+         a + "=====\n" + b,
+         REG_PLUGIN_ERROR_INVALID_ISMP_REGISTRY_ENTRY,
+         {productOf("A1", "Alpha")}},
+        {"nothing after =",
+         a + key("N2") + "=\n" + b,
+         REG_PLUGIN_ERROR_INVALID_ISMP_REGISTRY_ENTRY,
+         {productOf("A1", "Alpha")}},
+        {"an empty name",
+         a + key("N3") + "= \t|desc|x\n" + b,
+         REG_PLUGIN_ERROR_INVALID_ISMP_REGISTRY_FIELD,
+         {productOf("A1", "Alpha")}},
+        {"INFO of separators only",
+         a + key("N4") + "=|||\n" + b,
+         REG_PLUGIN_ERROR_INVALID_ISMP_REGISTRY_FIELD,
+         {productOf("A1", "Alpha")}},
+        {"a NUL byte ends the line's text; the next line is whole",
+         key("Z1") + "=Name|de" + std::string(1, '\0') + "sc|flag" + kProductTail + "\n" + b,
+         0,
+         {"Z1@1.2.0.3|1|Name|1.2.0.3|1|de|||-", productOf("B2", "Beta")}},
+        {"invalid UTF-8 is kept byte for byte",
+         key("\xff\xfe") + "=" + head("caf\xe9 \xc3\x28", "/opt/\xed\xa0\x80") + kProductTail +
+             "\n",
+         0,
+         {"\xff\xfe@1.2.0.3|1|caf\xe9 \xc3\x28|1.2.0.3|1|caf\xe9 \xc3\x28 description|"
+          "Example Vendor|/opt/\xed\xa0\x80|/opt/\xed\xa0\x80/_uninst/uninstall.dat"}},
+        {"empty file", "", 0, {}},
+    };
+    const TempDir dir;
+    for (const auto& c : cases) {
+        const Loaded loaded = load(dir.write("vpd.properties", c.input));
+        EXPECT_EQ(loaded.code, c.code) << c.what << "\ninput: " << printable(c.input);
+        EXPECT_EQ(loaded.packages, c.expected) << c.what << "\ninput: " << printable(c.input);
+    }
+}
+
+TEST(IsmpDataProviderTest, BadInputNeverLosesThePackagesBefore) {
+    const std::string a = product("A1", "Alpha");
+    const std::string b = product("B2", "Beta");
+    // A 10 MB field in the first counted list.
+    const std::string huge = key("M1") + "=" + head("Big") + "|1|" +
+                             std::string(10 * 1024 * 1024, 'j') + "|1|" + fields("d", 10) +
+                             "|0|0|4|" + kUninstaller + "|" + fields("t", 9) + "\n";
+    std::mt19937 random(11);
+    const TempDir dir;
+    {
+        const Loaded loaded = load(dir.write("vpd.properties", a + huge + b));
+        EXPECT_EQ(loaded.code, 0);
+        EXPECT_EQ(loaded.packages, (Packages{productOf("A1", "Alpha"), productOf("M1", "Big"),
+                                             productOf("B2", "Beta")}));
+    }
+    // Garbage of every byte value: whatever it parses to, the line before it stays.
+    for (int round = 0; round < 20; ++round) {
+        std::string garbage;
+        for (int i = 0; i < 4096; ++i)
+            garbage += static_cast<char>(random() & 0xff);
+        const Loaded loaded = load(dir.write("vpd.properties", a + garbage + "\n" + b));
+        ASSERT_FALSE(loaded.packages.empty()) << "round " << round;
+        EXPECT_EQ(loaded.packages[0], productOf("A1", "Alpha")) << "round " << round;
+        if (loaded.code == 0) {
+            EXPECT_EQ(loaded.packages.back(), productOf("B2", "Beta")) << "round " << round;
+        }
+    }
+}
+
+// The trace lines someone reading the trace of a load sees.
+TEST(IsmpDataProviderTest, LoadOutcomesAndTheirTraceLines) {
+    const TempDir dir;
+    const std::string good = dir.write("good", product("A1", "Alpha"));
+    const std::string bad = dir.write("bad", "=\n");
+    const std::string missing = dir.path() + "/missing";
+    const struct {
+        std::string path;
+        TErrorCode code;
+        std::vector<std::pair<int, std::string>> lines;  // level, message
+    } cases[] = {
+        {good,
+         0,
+         {{3, "package A1 version is: 1.2.0.3"}, {3, "ISMP registry file parsed: " + good}}},
+        {missing,
+         0,
+         {{1, "not a valid file"}, {3, "ISMP registry file does not exist: " + missing}}},
+        {dir.path(),
+         0,
+         {{1, "not a valid file"}, {3, "ISMP registry file does not exist: " + dir.path()}}},
+        {bad,
+         REG_PLUGIN_ERROR_INVALID_ISMP_REGISTRY_ENTRY,
+         {{1, "parsing of file failed: " + bad}}},
+    };
+    for (const auto& c : cases) {
+        TraceCapture trace;
+        IsmpDataProvider provider(c.path);
+        EXPECT_EQ(provider.load(), c.code) << c.path;
+        std::vector<std::pair<int, std::string>> lines;
+        for (const auto& line : trace.sink().lines())
+            lines.emplace_back(line.level, line.message);
+        EXPECT_EQ(lines, c.lines) << c.path;
+    }
+    {
+        TraceCapture trace;
+        IsmpDataProvider provider(good);
+        PluginSDK::StringVector keys;
+        EXPECT_EQ(provider.enumPackages(RegistryPackage::ANY, keys), 0);
+        const auto& lines = trace.sink().lines();
+        auto parsed = std::find_if(lines.begin(), lines.end(), [](const auto& line) {
+            return line.message.rfind("ISMP registry file parsed: ", 0) == 0;
+        });
+        ASSERT_NE(parsed, lines.end());
+        EXPECT_EQ(parsed->signature, "IsmpDataProvider::load(ProductList::ProductType)");
+        EXPECT_EQ(parsed->component, 5);
+        auto key = std::find_if(lines.begin(), lines.end(), [](const auto& line) {
+            return line.message == "package A1 version is: 1.2.0.3";
+        });
+        ASSERT_NE(key, lines.end());
+        EXPECT_EQ(key->signature, "IsmpDataProvider::parseRegistryEntryKey(char *, IsmpPackage &)");
+    }
+    {
+        // A failed load is remembered: the packages before the bad line stay in the
+        // cache, but queries get the load failure.
+        IsmpDataProvider provider(dir.write("stops", product("A1", "Alpha") + "=\n"));
+        PluginSDK::StringVector keys;
+        EXPECT_EQ(provider.enumPackages(RegistryPackage::ANY, keys),
+                  REG_PLUGIN_ERROR_UNABLE_TO_GET_PROGRAM_LIST);
+        EXPECT_EQ(provider.size(), 1);
+    }
+}
+
+TEST(IsmpDataProviderTest, AFileThatCannotBeOpenedFailsTheLoad) {
+    const TempDir dir;
+    const std::string path = dir.write("vpd.properties", product("A1", "Alpha"));
+    TraceCapture trace;
+    IsmpDataProvider provider(path);
+    // No descriptor left: fopen fails although the file is there.
+    rlimit saved{};
+    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &saved), 0);
+    rlimit none = saved;
+    none.rlim_cur = 0;
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &none), 0);
+    const TErrorCode code = provider.load();
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &saved), 0);
+    EXPECT_EQ(code, REG_PLUGIN_ERROR_UNABLE_TO_OPEN_ISMP_REGISTRY);
+    EXPECT_EQ(
+        trace.sink().messages(1),
+        (std::vector<std::string>{"file cannot be opened", "parsing of file failed: " + path}));
+}
+
+TEST(IsmpDataProviderTest, RegistryPathIsInRootsHome) {
+    const struct {
+        const char* home;
+        const char* path;
+    } cases[] = {
+        {"/root", "/root/vpd.properties"},
+        {"/root/", "/root/vpd.properties"},
+        {"/", "/vpd.properties"},
+        {"", "vpd.properties"},
+        {"/home/admin", "/home/admin/vpd.properties"},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(IsmpDataProvider::registryPathInHome(c.home), c.path) << "home " << c.home;
+
+    const struct passwd* root = ::getpwnam("root");
+    ASSERT_NE(root, nullptr);
+    IsmpDataProvider provider;
+    PluginSDK::StringVector paths;
+    EXPECT_EQ(provider.getVitalDataPaths(paths), 0);
+    ASSERT_EQ(paths.size(), 1);
+    EXPECT_EQ(paths[0].toUtf8(), IsmpDataProvider::registryPathInHome(root->pw_dir));
+}
+
+// readLine: the buffer starts at 256 bytes and grows by 32-byte steps while the line
+// does not fit with its NUL byte.
+TEST(IsmpDataProviderTest, ReadLineReadsWholeLinesOfAnyLength) {
+    const struct {
+        std::string input;
+        std::vector<std::string> lines;  // what successive calls give
+        unsigned int size;               // the buffer's size after the last call
+    } cases[] = {
+        {"short\nsecond", {"short", "second", ""}, 256},
+        {std::string(254, 'a') + "\n", {std::string(254, 'a')}, 256},
+        {std::string(255, 'a') + "\n", {std::string(255, 'a')}, 288},
+        {std::string(255, 'a'), {std::string(255, 'a')}, 288},
+        {std::string(1000, 'a') + "\nb\n", {std::string(1000, 'a'), "b", ""}, 1024},
+        {"a\r\n\nb", {"a\r", "", "b"}, 256},
+        {std::string("nul\0inside\n\0\nend", 16),
+         {std::string("nul\0inside", 10), std::string(1, '\0'), "end"},
+         256},
+    };
+    for (const auto& c : cases) {
+        FILE* file = std::tmpfile();
+        ASSERT_NE(file, nullptr);
+        std::fwrite(c.input.data(), 1, c.input.size(), file);
+        std::rewind(file);
+        IsmpDataProvider provider("unused");
+        RegPlugin::MemoryBuffer buffer(256, 32);
+        std::vector<std::string> lines;
+        for (std::size_t i = 0; i < c.lines.size(); ++i) {
+            const int length = provider.readLine(file, buffer);
+            lines.emplace_back(reinterpret_cast<const char*>(buffer.data), length);
+            // Zero beyond the text: the line is a NUL-terminated string.
+            for (unsigned int at = static_cast<unsigned int>(length); at < buffer.size; ++at)
+                ASSERT_EQ(buffer.data[at], 0) << printable(c.input) << " at " << at;
+        }
+        EXPECT_EQ(lines, c.lines) << printable(c.input);
+        EXPECT_EQ(buffer.size, c.size) << printable(c.input);
+        std::fclose(file);
+    }
+}
+
+// skip() on a line cut up by strtok: what each target passes over and when it fails.
+TEST(IsmpDataProviderTest, SkipPassesOverFieldsAndCountedLists) {
+    using Target = IsmpDataProvider::SkipTarget;
+    const struct {
+        const char* line;  // the first field is taken before skip()
+        Target target;
+        int count;
+        TErrorCode code;
+        const char* next;  // the field after, or null
+    } cases[] = {
+        {"h|a|b|c", IsmpDataProvider::SKIP_FIELDS, 2, 0, "c"},
+        {"h|a|b", IsmpDataProvider::SKIP_FIELDS, 3, REG_PLUGIN_ERROR_INVALID_ISMP_REGISTRY_FIELD,
+         nullptr},
+        {"h|a", IsmpDataProvider::SKIP_FIELDS, -4, 0, "a"},
+        {"h|2|a|b|c|d|e", IsmpDataProvider::SKIP_COUNTED_LIST, 2, 0, "e"},
+        {"h| 1|a|b", IsmpDataProvider::SKIP_COUNTED_LIST, 1, 0, "b"},
+        {"h|-3|a", IsmpDataProvider::SKIP_COUNTED_LIST, 1, 0, "a"},
+        {"h|1 |a", IsmpDataProvider::SKIP_COUNTED_LIST, 1,
+         REG_PLUGIN_ERROR_INVALID_ISMP_REGISTRY_FIELD, "a"},
+        {"h|", IsmpDataProvider::SKIP_COUNTED_LIST, 1, REG_PLUGIN_ERROR_INVALID_ISMP_REGISTRY_FIELD,
+         nullptr},
+        {"h|99999999999999999999|a|b", IsmpDataProvider::SKIP_COUNTED_LIST, 1,
+         REG_PLUGIN_ERROR_INVALID_ISMP_REGISTRY_FIELD, nullptr},
+        {"h|99999999999999999999|a", IsmpDataProvider::SKIP_COUNTED_LIST, 0, 0, "a"},
+        {"h|1|1|2|3|4|5|6|7|8|9|10|x", IsmpDataProvider::SKIP_TEN_FIELD_LIST, 3, 0, "x"},
+        {"h|a", static_cast<Target>(7), 5, 0, "a"},
+    };
+    for (const auto& c : cases) {
+        IsmpDataProvider provider("unused");
+        std::string line = c.line;
+        std::strtok(&line[0], "|");
+        EXPECT_EQ(provider.skip(c.target, c.count), c.code) << c.line;
+        const char* next = std::strtok(nullptr, "|");
+        EXPECT_EQ(next ? std::string(next) : "null", c.next ? c.next : "null") << c.line;
+    }
+}
+
+}  // namespace
+}  // namespace RegPluginTest
