@@ -33,6 +33,13 @@ const std::vector<RegistrySource>& knownRegistries() {
          "IsmpProductInfo",
          "root's ISMP registry file vpd.properties could not be opened or has a malformed line",
          {}},
+        // Tag files under the install directories the other registries report.
+        {"orlo",
+         "OrloProductList",
+         "OrloProductInfo",
+         "the Orlo tag files could not be searched",
+         {},
+         {"kind", "TAG_FILE"}},
     };
     return registries;
 }
@@ -100,8 +107,18 @@ Inventory collectInventory(PluginSDK::Plugin& plugin, const std::vector<Registry
                 for (auto& field : fields) {
                     info.setProperty("field", field.first);
                     Evaluation value = info.evaluate();
-                    if (value.kind == Evaluation::Kind::Scalar && value.code == 0) {
+                    // An empty answer (a registry that answers every field, even one
+                    // it lacks) does not replace a value read before.
+                    if (value.kind == Evaluation::Kind::Scalar && value.code == 0 &&
+                        (field.second->empty() || !value.scalar.empty())) {
                         *field.second = std::move(value.scalar);
+                    }
+                }
+                for (const char* extra : source.extraFields) {
+                    info.setProperty("field", extra);
+                    Evaluation value = info.evaluate();
+                    if (value.kind == Evaluation::Kind::Scalar && value.code == 0) {
+                        record.extraFields.emplace_back(extra, std::move(value.scalar));
                     }
                 }
             }
