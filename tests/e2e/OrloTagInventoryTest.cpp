@@ -95,6 +95,7 @@ class OrloTagInventoryTest : public ::testing::Test {
             "<product id='relative' name='R' version='1' location='opt/orlotool'/>"
             "<product id='nowhere' name='N' version='1' location='/opt/nowhere'/>"
             "<product id='empty' name='E' version='1' location=''/>"
+            "<product id='root' name='S' version='1' location='/'/>"
             "</products></registry>";
         options.files["/root/vpd.properties"] =
             "I1|4|0|0|0|x|1=OrloIsmp|Orlo ISMP product|true|Vendor|url|4.0|/opt/orloismp"
