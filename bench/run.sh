@@ -6,14 +6,15 @@
 # BUILD_DIR defaults to build/ (built with tools/build.sh); RUNS is passed on to each
 # benchmark. The generated data (a 50,000-package dpkg status file, a 5,000-package
 # rpm database built from real packages, a 100,000-package Tessel product directory,
-# a 20,000-product InstallAnywhere registry, all made by the generators in tools/) is
+# a 20,000-product InstallAnywhere registry, 2,000 install directories with Orlo tag
+# files, all made by the generators in tools/) is
 # made on the first run and kept under BUILD_DIR/benchdata/; the rpm database takes
 # minutes to build.
 set -euo pipefail
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 build=${1:-$here/../build}
 runs=${2:-9}
-cmake --build "$build" --target dpkg_load rpm_load match_eval tessel_load anywhere_load expat_floor \
+cmake --build "$build" --target dpkg_load rpm_load match_eval tessel_load anywhere_load expat_floor orlo_list \
     -j "$(nproc)" >/dev/null
 echo "== dpkg: provider load vs dpkg-query"
 bash "$here/dpkg.sh" "$build" "$runs"
@@ -29,3 +30,6 @@ bash "$here/tessel.sh" "$build" "$runs"
 echo
 echo "== InstallAnywhere: provider load vs expat with empty callbacks"
 bash "$here/anywhere.sh" "$build" "$runs"
+echo
+echo "== Orlo: tag inventory vs find over the same tag directories"
+bash "$here/orlo.sh" "$build" "$runs"

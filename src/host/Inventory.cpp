@@ -31,6 +31,14 @@ const std::vector<RegistrySource>& knownRegistries() {
          "pdxDirectory",
          {"uninstData", "isInstalled", "isCommitted", "backupState", "rebootRequired",
           "isDiscovered", "isHidden", "errorState"}},
+        // Tag files under the install directories the other registries report.
+        {"orlo",
+         "OrloProductList",
+         "OrloProductInfo",
+         "the Orlo tag files could not be searched",
+         {},
+         nullptr,
+         {"kind", "TAG_FILE"}},
         {"any",
          "InstallAnywhereList",
          "InstallAnywhereInfo",
@@ -123,7 +131,10 @@ Inventory collectInventory(PluginSDK::Plugin& plugin, const std::vector<Registry
                 for (auto& field : fields) {
                     info.setProperty("field", field.first);
                     Evaluation value = info.evaluate();
-                    if (value.kind == Evaluation::Kind::Scalar && value.code == 0) {
+                    // An empty answer (a registry that answers every field, even one
+                    // it lacks) does not replace a value read before.
+                    if (value.kind == Evaluation::Kind::Scalar && value.code == 0 &&
+                        (field.second->empty() || !value.scalar.empty())) {
                         *field.second = std::move(value.scalar);
                     }
                 }

@@ -15,6 +15,8 @@
 #include "cross/ismp/IsmpProductExists.h"
 #include "cross/ismp/IsmpProductInfo.h"
 #include "cross/ismp/IsmpProductList.h"
+#include "cross/orlo/OrloProductInfo.h"
+#include "cross/orlo/OrloProductList.h"
 #include "cross/package/PackageInfoEqual.h"
 #include "cross/package/PackageInfoMatch.h"
 #include "cross/rpm/RpmProductExists.h"
@@ -59,6 +61,8 @@ const ExpressionTableRow* expressionTable(std::size_t& count) {
         {REG_PLUGIN_EXPRESSION_TESSELLIST, &create<TesselList>},
         {REG_PLUGIN_EXPRESSION_TESSELEXISTS, &create<TesselExists>},
         {REG_PLUGIN_EXPRESSION_TESSELINFO, &create<TesselInfo>},
+        {REG_PLUGIN_EXPRESSION_ORLOPRODUCTLIST, &create<OrloProductList>},
+        {REG_PLUGIN_EXPRESSION_ORLOPRODUCTINFO, &create<OrloProductInfo>},
         {REG_PLUGIN_EXPRESSION_CORVULIST, &create<CorvuList>},
         {REG_PLUGIN_EXPRESSION_CORVUEXISTS, &create<CorvuExists>},
         {REG_PLUGIN_EXPRESSION_CORVUINFO, &create<CorvuInfo>},

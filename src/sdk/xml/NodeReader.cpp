@@ -97,27 +97,37 @@ class Run {
             return NodeReader::STATUS_IO_ERROR;
         }
         return parse(
-            [&file](void* buffer, std::size_t room) { return readSome(file.get(), buffer, room); });
+            [&file](void* buffer, std::size_t room) { return readSome(file.get(), buffer, room); },
+            chunkFor(info.st_size));
     }
 
     // Parses the `size` bytes at `data`.
     int executeBuffer(const char* data, std::size_t size) {
         std::size_t offset = 0;
-        return parse([data, size, &offset](void* buffer, std::size_t room) {
-            const std::size_t count = size - offset < room ? size - offset : room;
-            if (count > 0) {
-                std::memcpy(buffer, data + offset, count);
-            }
-            offset += count;
-            return static_cast<ssize_t>(count);
-        });
+        return parse(
+            [data, size, &offset](void* buffer, std::size_t room) {
+                const std::size_t count = size - offset < room ? size - offset : room;
+                if (count > 0) {
+                    std::memcpy(buffer, data + offset, count);
+                }
+                offset += count;
+                return static_cast<ssize_t>(count);
+            },
+            chunkFor(static_cast<off_t>(size)));
     }
 
   private:
     // Parses the bytes that `source(buffer, room)` delivers (a count, 0 at the end,
     // -1 with errno set on a read error) and hands the tree to the sink.
+    // The parser's read buffer for a document of `size` bytes: small documents (tag
+    // files, say) need no 64 KiB buffer, whose allocation would cost more than
+    // their parse.
+    static int chunkFor(off_t size) {
+        return size >= 0 && size < kChunkSize ? static_cast<int>(size) + 1 : kChunkSize;
+    }
+
     template <class Source>
-    int parse(Source source) {
+    int parse(Source source, int chunkSize) {
         ParserPtr parser(XML_ParserCreate(nullptr));
         if (!parser) {
             throw std::bad_alloc();
@@ -132,11 +142,11 @@ class Run {
         TreeBuilder builder(parser.get(), m_sink);
 
         for (;;) {
-            void* buffer = XML_GetBuffer(parser.get(), kChunkSize);
+            void* buffer = XML_GetBuffer(parser.get(), chunkSize);
             if (buffer == nullptr) {
                 return parseFailure(parser.get(), builder);
             }
-            ssize_t got = source(buffer, kChunkSize);
+            ssize_t got = source(buffer, static_cast<std::size_t>(chunkSize));
             if (got < 0) {
                 return ioFailure("Cannot read XML file '", errno, true);
             }

@@ -217,6 +217,25 @@ TEST_F(NodeReaderTest, LargeTextAcrossChunksIsOneNode) {
     EXPECT_EQ(narrow(children->front()->getValue()), repeat(text + "&", 20000));
 }
 
+// The read buffer follows the file's size up to one chunk (64 KiB): documents just
+// around those sizes, from a file and from memory, read whole.
+TEST_F(NodeReaderTest, DocumentsAroundTheChunkSizeReadWhole) {
+    for (const std::size_t size : {8u, 9u, 4096u, 65535u, 65536u, 65537u, 131073u}) {
+        const std::string xml = "<r>" + std::string(size - 7, 't') + "</r>";
+        ASSERT_EQ(xml.size(), size);
+        for (const bool fromFile : {true, false}) {
+            sink.tree.reset();
+            ASSERT_EQ(fromFile ? parse(xml) : NodeReader(sink).processBuffer(xml.data(), size, 0),
+                      NodeReader::STATUS_OK)
+                << size;
+            const std::list<Node*>* children = nullptr;
+            ASSERT_EQ(sink.tree->getChildren(&children), 0);
+            ASSERT_EQ(children->size(), 1u) << size;
+            EXPECT_EQ(children->front()->getValue().length(), static_cast<int>(size - 7)) << size;
+        }
+    }
+}
+
 TEST_F(NodeReaderTest, DeepNestingIsBuiltAndFreed) {
     const int depth = 100000;
     const std::string xml = repeat("<a>", depth) + "x" + repeat("</a>", depth);

@@ -7,6 +7,7 @@
 #include "cross/corvu/CorvuDataProvider.h"
 #include "cross/dpkg/DpkgDataProvider.h"
 #include "cross/ismp/IsmpDataProvider.h"
+#include "cross/orlo/OrloDataProvider.h"
 #include "cross/rpm/LegacyRpmDataProvider.h"
 #include "cross/tessel/TesselDataProvider.h"
 
@@ -59,6 +60,7 @@ RegistryDataProvider* createDataProvider(RegistryDataProviderFactory::DataProvid
         case RegistryDataProviderFactory::ANYWHERE_PROVIDER:
             return new InstallAnywhereDataProvider();
         case RegistryDataProviderFactory::ORLO_PROVIDER:
+            return new OrloDataProvider();
         case RegistryDataProviderFactory::INVALID_PROVIDER:
             break;
     }
