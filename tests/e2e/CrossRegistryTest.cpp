@@ -16,9 +16,11 @@
 
 #include "RealComponents.h"
 #include "RegscanRunner.h"
+#include "Requests.h"
 
 namespace {
 
+using e2e::expr;
 using nlohmann::json;
 
 const std::string kRpmHome = std::string(REGSCAN_RPMDB_DIR) + "/home";
@@ -81,10 +83,6 @@ const char* kBrokenVpdFixture =
 const char* kStatusFixture =
     "Package: alpha\nStatus: install ok installed\nVersion: 1.0-1\nDescription: alpha\n\n"
     "Package: beta\nStatus: install ok installed\nVersion: 2.0-1\nDescription: beta\n";
-
-json expr(const char* name, json properties = json::object()) {
-    return json{{"expression", name}, {"properties", properties}};
-}
 
 json match(const std::string& vendor, const std::string& name, const std::string& version) {
     return expr("PackageInfoMatch", {{"vendor", vendor}, {"name", name}, {"version", version}});

@@ -12,9 +12,12 @@
 #include <vector>
 
 #include "RegscanRunner.h"
+#include "Requests.h"
 
 namespace {
 
+using e2e::expr;
+using e2e::traceLines;
 using nlohmann::json;
 using Lines = std::vector<std::string>;
 
@@ -29,23 +32,8 @@ const std::string kSvc = "OrloSvc#2.0@/opt/orlosvc";
 const std::string kTool = "OrloTool#3.1@/opt/orlotool";
 const std::string kIsmp = "OrloIsmp#4.0@/opt/orloismp";
 
-json expr(const char* name, json properties = json::object()) {
-    return json{{"expression", name}, {"properties", properties}};
-}
-
 json list(json properties = json::object()) {
     return expr("OrloProductList", std::move(properties));
-}
-
-Lines traceLines(const std::string& err, int level) {
-    Lines out;
-    const std::string mark = " L" + std::to_string(level) + " C5 ";
-    for (const std::string& line : e2e::lines(err)) {
-        const std::size_t at = line.find(mark);
-        if (at != std::string::npos && line.find(" [", at) != std::string::npos)
-            out.push_back(line.substr(line.find(" [", at) + 1));
-    }
-    return out;
 }
 
 bool contains(const Lines& lines, const std::string& line) {

@@ -14,9 +14,11 @@
 #include "Inventory.h"
 #include "RealComponents.h"
 #include "RegscanRunner.h"
+#include "Requests.h"
 
 namespace {
 
+using e2e::expr;
 using nlohmann::json;
 
 const std::string kRpmHome = std::string(REGSCAN_RPMDB_DIR) + "/home";
@@ -75,10 +77,6 @@ void expectReplies(const std::vector<Case>& cases, const e2e::RunOptions& option
             EXPECT_EQ(replies[i]["result"], cases[i].result);
         }
     }
-}
-
-json expr(const char* name, json properties = json::object()) {
-    return json{{"expression", name}, {"properties", properties}};
 }
 
 // synthN of the test database (tools/make-rpmdb.sh): version (N%7).(N%13).N,

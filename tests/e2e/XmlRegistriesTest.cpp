@@ -13,9 +13,12 @@
 #include <vector>
 
 #include "RegscanRunner.h"
+#include "Requests.h"
 
 namespace {
 
+using e2e::expr;
+using e2e::traceLines;
 using nlohmann::json;
 using Lines = std::vector<std::string>;
 
@@ -45,28 +48,12 @@ std::string fixture(const std::string& name) {
     return content.str();
 }
 
-json expr(const char* name, json properties = json::object()) {
-    return json{{"expression", name}, {"properties", properties}};
-}
-
 struct Case {
     const char* what;
     json request;
     int code;
     json result;  // lists compare as sets
 };
-
-// "[scope] message" of each trace line of `level` on regscan's standard error.
-Lines traceLines(const std::string& err, int level) {
-    Lines out;
-    const std::string mark = " L" + std::to_string(level) + " C5 ";
-    for (const std::string& line : e2e::lines(err)) {
-        const std::size_t at = line.find(mark);
-        if (at != std::string::npos && line.find(" [", at) != std::string::npos)
-            out.push_back(line.substr(line.find(" [", at) + 1));
-    }
-    return out;
-}
 
 std::string joined(const Lines& lines) {
     std::string out;
