@@ -10,10 +10,13 @@
 // section replaces the earlier one. Names are case-sensitive. Line ends may be LF
 // or CRLF; text is UTF-8 (a leading byte order mark is skipped, bad bytes are kept
 // as described in base/Utf8.h).
+//
+// The reader keeps the file's bytes and nothing else; each getProperty reads them
+// through once. So a reader costs the file's size in memory, whatever the number of
+// keys, and a lookup costs one pass over the file.
 #ifndef PLUGINSDK_INIFILEREADER_H
 #define PLUGINSDK_INIFILEREADER_H
 
-#include <map>
 #include <string>
 
 #include "base/Export.h"
@@ -34,7 +37,8 @@ class HOSTSDK_API IniFileReader {
 
   private:
     bool m_loaded;
-    std::map<std::wstring, std::map<std::wstring, std::wstring>> m_sections;
+    std::string m_text;   // the file's bytes
+    std::size_t m_start;  // where the lines begin (after a byte order mark)
 };
 
 }  // namespace PluginSDK

@@ -19,6 +19,7 @@ class HOSTSDK_API String {
     // Null gives the empty string.
     String(const wchar_t* text);  // NOLINT(google-explicit-constructor)
     explicit String(const std::wstring& text);
+    explicit String(std::wstring&& text) noexcept;
     ~String();
 
     String& operator=(const String& other);

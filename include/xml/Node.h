@@ -11,6 +11,7 @@
 #define HOSTSDK_XML_NODE_H
 
 #include <list>
+#include <memory>
 
 #include "base/Export.h"
 #include "base/String.h"
@@ -26,6 +27,9 @@ class HOSTSDK_API Node {
     };
 
     Node(Type type, const String& name);
+    // The same with a name that several nodes share (the reader gives every
+    // element of one name, and every text node, one shared name).
+    Node(Type type, std::shared_ptr<const String> name);
     virtual ~Node();
     Node(const Node&) = delete;
     Node& operator=(const Node&) = delete;
@@ -34,11 +38,12 @@ class HOSTSDK_API Node {
     bool isElement() const { return getType() == ELEMENT; }
     // An element's tag name; "#text" or "#comment" for those kinds; a processing
     // instruction's target.
-    const String& getName() const { return m_name; }
+    const String& getName() const { return *m_name; }
     // The text of a text or comment node, the data of a processing instruction,
     // empty for an element.
     const String& getValue() const { return m_value; }
     void setValue(const String& value) { m_value = value; }
+    void setValue(String&& value) { m_value = std::move(value); }
     // Appends the first `length` characters of `text` to the value; does nothing
     // when `text` is null or `length` is not positive.
     void appendValue(const wchar_t* text, int length);
@@ -56,7 +61,7 @@ class HOSTSDK_API Node {
 
   private:
     Type m_type;
-    String m_name;
+    std::shared_ptr<const String> m_name;  // never null
     String m_value;
     StringMap m_attributes;
     std::list<Node*> m_children;

@@ -7,6 +7,8 @@
 #ifndef HOSTSDK_XML_NODEREADER_H
 #define HOSTSDK_XML_NODEREADER_H
 
+#include <cstddef>
+
 #include "base/Export.h"
 #include "base/String.h"
 #include "xml/NodeSink.h"
@@ -44,6 +46,11 @@ class HOSTSDK_API NodeReader {
     // (std::bad_alloc is reported as running out of memory instead). `flags` is
     // reserved: pass 0. Returns the status, which getStatus() also gives afterwards.
     int process(const String& path, int flags);
+    // As process, for a document already in memory: the `size` bytes at `data`
+    // (null only with size 0). Messages name the document "(buffer)"; there is no
+    // STATUS_IO_ERROR. Lets a caller (a fuzzing harness, a test) feed bytes without
+    // a file.
+    int processBuffer(const char* data, std::size_t size, int flags);
     int getStatus() const { return m_status; }
 
   private:

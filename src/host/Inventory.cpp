@@ -17,12 +17,29 @@ const std::vector<RegistrySource>& knownRegistries() {
          "DpkgProductInfo",
          "the dpkg status file /var/lib/dpkg/status could not be read",
          {}},
+        {"any",
+         "InstallAnywhereList",
+         "InstallAnywhereInfo",
+         "the InstallAnywhere registry /var/.com.zerog.registry.xml could not be read",
+         {}},
+        {"corvu",
+         "CorvuList",
+         "CorvuInfo",
+         "the Corvu registry chain from /etc/.kelvo/registry/Corvu.dat could not be read",
+         {}},
         // A missing vpd.properties is no failure: the List is empty then.
         {"ismp",
          "IsmpProductList",
          "IsmpProductInfo",
          "root's ISMP registry file vpd.properties could not be opened or has a malformed line",
          {}},
+        // Tag files under the install directories the other registries report.
+        {"orlo",
+         "OrloProductList",
+         "OrloProductInfo",
+         "the Orlo tag files could not be searched",
+         {},
+         {"kind", "TAG_FILE"}},
     };
     return registries;
 }
@@ -90,8 +107,18 @@ Inventory collectInventory(PluginSDK::Plugin& plugin, const std::vector<Registry
                 for (auto& field : fields) {
                     info.setProperty("field", field.first);
                     Evaluation value = info.evaluate();
-                    if (value.kind == Evaluation::Kind::Scalar && value.code == 0) {
+                    // An empty answer (a registry that answers every field, even one
+                    // it lacks) does not replace a value read before.
+                    if (value.kind == Evaluation::Kind::Scalar && value.code == 0 &&
+                        (field.second->empty() || !value.scalar.empty())) {
                         *field.second = std::move(value.scalar);
+                    }
+                }
+                for (const char* extra : source.extraFields) {
+                    info.setProperty("field", extra);
+                    Evaluation value = info.evaluate();
+                    if (value.kind == Evaluation::Kind::Scalar && value.code == 0) {
+                        record.extraFields.emplace_back(extra, std::move(value.scalar));
                     }
                 }
             }

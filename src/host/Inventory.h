@@ -4,6 +4,7 @@
 #define REGSCAN_INVENTORY_H
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "CodeNames.h"
@@ -21,6 +22,8 @@ struct RegistrySource {
     // Why the List failed when the plug-in could not read the registry, in plain words.
     const char* unreadableReason;
     PropertyList listProperties;  // set on the List expression before evaluating it
+    // Further Info fields read for each package (InventoryRecord::extraFields).
+    std::vector<const char*> extraFields = {};
 };
 
 // The registries `inventory` lists, in output order.
@@ -35,6 +38,9 @@ struct InventoryRecord {
     std::string vendor;
     std::string installDir;
     std::string description;
+    // The source's extra fields that the registry gave, in the source's order, as
+    // (field, value); shown in json output only.
+    std::vector<std::pair<std::string, std::string>> extraFields = {};
 };
 
 // A registry whose List failed; `message` is the complete line for people, e.g.

@@ -91,6 +91,9 @@ void writeJson(std::ostream& out, const std::vector<InventoryRecord>& records) {
         for (std::size_t i = 0; i < kColumns; ++i) {
             object[kCsvHeader[i]] = std::move(row[i]);
         }
+        for (const auto& extra : record.extraFields) {
+            object[extra.first] = extra.second;
+        }
         array.push_back(std::move(object));
     }
     out << array.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << '\n';

@@ -31,7 +31,8 @@ std::string csvField(const std::string& text);
 void writeCsv(std::ostream& out, const std::vector<InventoryRecord>& records);
 
 // A JSON array of objects with the keys registry, key, name, version, vendor,
-// installDir, description; bytes that are not UTF-8 become U+FFFD.
+// installDir, description, then the record's extra fields (an Orlo product's kind
+// and TAG_FILE, say); bytes that are not UTF-8 become U+FFFD.
 void writeJson(std::ostream& out, const std::vector<InventoryRecord>& records);
 
 // An aligned table for people: a header line and one line per record, columns

@@ -1,6 +1,7 @@
 // A fake plug-in for driving regscan's pieces. Expressions (others give -10008):
 //   Info  scalar "<field> of <code>" ("-" when absent), code from property "rc";
-//         -13200 for field vendor and for displayVersion of k1
+//         -13200 for field vendor and for displayVersion of k1; empty with code 0
+//         for displayVersion of a code starting with "blank"
 //   Keys  vector of the comma-separated property "keys", code from property "rc"
 #ifndef REGSCAN_TESTS_HOST_FAKEPLUGIN_H
 #define REGSCAN_TESTS_HOST_FAKEPLUGIN_H
@@ -34,7 +35,9 @@ class Info : public PluginSDK::ScalarOperand {
     TErrorCode getScalarResult(PluginSDK::String& result) override {
         std::wstring field = property(*this, L"field", L"-"), code = property(*this, L"code", L"-");
         bool fails = field == L"vendor" || (field == L"displayVersion" && code == L"k1");
-        result = fails ? L"" : (field + L" of " + code).c_str();
+        result = fails || (field == L"displayVersion" && code.rfind(L"blank", 0) == 0)
+                     ? L""
+                     : (field + L" of " + code).c_str();
         return fails ? -13200 : propertyCode(*this);
     }
 };

@@ -47,10 +47,14 @@ TEST(OutputFormatsTest, TableColumnsAlignOnCharacters) {
 
 TEST(OutputFormatsTest, JsonKeepsKeyOrderAndReplacesBadBytes) {
     std::ostringstream out;
-    regscan::writeJson(out, {{"rpm", "k", "n\xff", "1", "v", "/d", "d"}});
+    regscan::writeJson(out,
+                       {{"rpm", "k", "n\xff", "1", "v", "/d", "d"},
+                        {"orlo", "k2", "", "", "", "", "", {{"kind", "Fix"}, {"TAG_FILE", "/t"}}}});
     EXPECT_EQ(nlohmann::ordered_json::parse(out.str()), nlohmann::ordered_json::parse(R"([{
         "registry":"rpm","key":"k","name":"n\uFFFD","version":"1","vendor":"v",
-        "installDir":"/d","description":"d"}])"));
+        "installDir":"/d","description":"d"}, {
+        "registry":"orlo","key":"k2","name":"","version":"","vendor":"",
+        "installDir":"","description":"","kind":"Fix","TAG_FILE":"/t"}])"));
 }
 
 TEST(InventoryTest, ListsGoodRegistriesAndReportsFailedOnes) {
@@ -67,10 +71,11 @@ TEST(InventoryTest, ListsGoodRegistriesAndReportsFailedOnes) {
          {"good", "Keys", "Info", "unused", {{"keys", "k1,k2"}}},
          {"missing", "NoSuchList", "Info", "unused", {}},
          {"other", "Keys", "Info", "unused", {{"rc", "-13006"}}},
-         {"noinfo", "Keys", "NoSuchInfo", "unused", {{"keys", "only"}}}},
+         {"noinfo", "Keys", "NoSuchInfo", "unused", {{"keys", "only"}}},
+         {"extra", "Keys", "Info", "unused", {{"keys", "k3,blank"}}, {"kind", "vendor"}}},
         names);
 
-    EXPECT_EQ(inventory.listedRegistries, 2);
+    EXPECT_EQ(inventory.listedRegistries, 3);
     std::vector<std::string> rows, failures;
     for (const regscan::InventoryRecord& r : inventory.records) {
         rows.push_back(r.registry + "|" + r.key + "|" + r.name + "|" + r.version + "|" + r.vendor +
@@ -82,7 +87,17 @@ TEST(InventoryTest, ListsGoodRegistriesAndReportsFailedOnes) {
                   "good|k1|name of k1|version of k1||installDir of k1|description of k1",
                   // The display form wins.
                   "good|k2|name of k2|displayVersion of k2||installDir of k2|description of k2",
-                  "noinfo|only|||||"}));
+                  "noinfo|only|||||",
+                  "extra|k3|name of k3|displayVersion of k3||installDir of k3|description of k3",
+                  // An empty display form does not hide the version.
+                  "extra|blank|name of blank|version of blank||installDir of blank|description "
+                  "of blank"}));
+    // Extra fields are read per key; a failing one is left out.
+    ASSERT_EQ(inventory.records.size(), 5u);
+    EXPECT_EQ(inventory.records[3].extraFields,
+              (std::vector<std::pair<std::string, std::string>>{{"kind", "kind of k3"}}));
+    EXPECT_EQ(inventory.records[4].extraFields,
+              (std::vector<std::pair<std::string, std::string>>{{"kind", "kind of blank"}}));
     for (const regscan::RegistryFailure& f : inventory.failures) {
         failures.push_back(f.message);
     }

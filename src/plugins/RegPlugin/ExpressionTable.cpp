@@ -3,12 +3,20 @@
 #include <cwchar>
 
 #include "RegPluginConstants.h"
+#include "cross/any/InstallAnywhereExists.h"
+#include "cross/any/InstallAnywhereInfo.h"
+#include "cross/any/InstallAnywhereList.h"
+#include "cross/corvu/CorvuExists.h"
+#include "cross/corvu/CorvuInfo.h"
+#include "cross/corvu/CorvuList.h"
 #include "cross/dpkg/DpkgProductExists.h"
 #include "cross/dpkg/DpkgProductInfo.h"
 #include "cross/dpkg/DpkgProductList.h"
 #include "cross/ismp/IsmpProductExists.h"
 #include "cross/ismp/IsmpProductInfo.h"
 #include "cross/ismp/IsmpProductList.h"
+#include "cross/orlo/OrloProductInfo.h"
+#include "cross/orlo/OrloProductList.h"
 #include "cross/package/PackageInfoEqual.h"
 #include "cross/package/PackageInfoMatch.h"
 #include "cross/rpm/RpmProductExists.h"
@@ -44,6 +52,14 @@ const ExpressionTableRow* expressionTable(std::size_t& count) {
         {REG_PLUGIN_EXPRESSION_DPKGPRODUCTLIST, &create<DpkgProductList>},
         {REG_PLUGIN_EXPRESSION_DPKGPRODUCTEXISTS, &create<DpkgProductExists>},
         {REG_PLUGIN_EXPRESSION_DPKGPRODUCTINFO, &create<DpkgProductInfo>},
+        {REG_PLUGIN_EXPRESSION_CORVULIST, &create<CorvuList>},
+        {REG_PLUGIN_EXPRESSION_CORVUEXISTS, &create<CorvuExists>},
+        {REG_PLUGIN_EXPRESSION_CORVUINFO, &create<CorvuInfo>},
+        {REG_PLUGIN_EXPRESSION_ANYLIST, &create<InstallAnywhereList>},
+        {REG_PLUGIN_EXPRESSION_ANYEXISTS, &create<InstallAnywhereExists>},
+        {REG_PLUGIN_EXPRESSION_ANYINFO, &create<InstallAnywhereInfo>},
+        {REG_PLUGIN_EXPRESSION_ORLOPRODUCTLIST, &create<OrloProductList>},
+        {REG_PLUGIN_EXPRESSION_ORLOPRODUCTINFO, &create<OrloProductInfo>},
         {REG_PLUGIN_EXPRESSION_ISMPPRODUCTLIST, &create<IsmpProductList>},
         {REG_PLUGIN_EXPRESSION_ISMPPRODUCTEXISTS, &create<IsmpProductExists>},
         {REG_PLUGIN_EXPRESSION_ISMPPRODUCTINFO, &create<IsmpProductInfo>},

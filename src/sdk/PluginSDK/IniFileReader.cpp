@@ -13,18 +13,31 @@ namespace PluginSDK {
 
 namespace {
 
-bool isBlank(wchar_t c) {
-    return c == L' ' || c == L'\t' || c == L'\r' || c == L'\f' || c == L'\v';
+bool isBlank(char c) {
+    return c == ' ' || c == '\t' || c == '\r' || c == '\f' || c == '\v';
 }
 
-std::wstring trimmed(const std::wstring& text, std::size_t begin, std::size_t end) {
-    while (begin < end && isBlank(text[begin])) {
-        ++begin;
+// Narrows [*begin, *end) of `text` by the blanks at both ends. Blanks are ASCII, and
+// no byte of a multi-byte UTF-8 sequence is ASCII, so trimming the bytes trims the
+// decoded characters.
+void trim(const std::string& text, std::size_t* begin, std::size_t* end) {
+    while (*begin < *end && isBlank(text[*begin])) {
+        ++*begin;
     }
-    while (end > begin && isBlank(text[end - 1])) {
-        --end;
+    while (*end > *begin && isBlank(text[*end - 1])) {
+        --*end;
     }
-    return text.substr(begin, end - begin);
+}
+
+// True when the bytes [begin, end) of `text` decode to `expected`.
+bool decodesTo(const std::string& text, std::size_t begin, std::size_t end,
+               const std::wstring& expected, std::wstring& scratch) {
+    if (end - begin < expected.size() || end - begin > 4 * expected.size()) {
+        return false;  // every character takes one to four bytes
+    }
+    scratch.clear();
+    Utf8::decode(text.data() + begin, end - begin, scratch);
+    return scratch == expected;
 }
 
 // Reads the whole regular file at `path` into `out`; false when it cannot be opened,
@@ -36,6 +49,9 @@ bool readFile(const std::string& path, std::string& out) {
     }
     struct stat info;
     bool ok = ::fstat(fd, &info) == 0 && S_ISREG(info.st_mode);
+    if (ok && info.st_size > 0) {
+        out.reserve(static_cast<std::size_t>(info.st_size));
+    }
     char buffer[16384];
     while (ok) {
         const ssize_t got = ::read(fd, buffer, sizeof buffer);
@@ -53,70 +69,78 @@ bool readFile(const std::string& path, std::string& out) {
 
 }  // namespace
 
-IniFileReader::IniFileReader(const wchar_t* path) : m_loaded(false) {
+IniFileReader::IniFileReader(const wchar_t* path) : m_loaded(false), m_start(0) {
     if (path == nullptr || *path == L'\0') {
         return;
     }
-    std::string bytes;
-    if (!readFile(Utf8::encode(path), bytes)) {
+    if (!readFile(Utf8::encode(path), m_text)) {
+        m_text.clear();
+        m_text.shrink_to_fit();
         return;
     }
-    std::size_t start = 0;
-    if (bytes.compare(0, 3, "\xEF\xBB\xBF") == 0) {
-        start = 3;  // byte order mark
-    }
-    std::wstring section;
-    std::wstring line;
-    while (start < bytes.size()) {
-        std::size_t stop = bytes.find('\n', start);
-        if (stop == std::string::npos) {
-            stop = bytes.size();
-        }
-        line.clear();
-        Utf8::decode(bytes.data() + start, stop - start, line);
-        start = stop + 1;
-
-        std::size_t first = 0;
-        while (first < line.size() && isBlank(line[first])) {
-            ++first;
-        }
-        if (first == line.size() || line[first] == L'#' || line[first] == L';') {
-            continue;
-        }
-        if (line[first] == L'[') {
-            std::size_t last = line.size();
-            while (last > first && isBlank(line[last - 1])) {
-                --last;
-            }
-            if (last - first >= 2 && line[last - 1] == L']') {
-                section = trimmed(line, first + 1, last - 1);
-            }
-            continue;
-        }
-        const std::size_t equals = line.find(L'=', first);
-        if (equals == std::wstring::npos) {
-            continue;
-        }
-        std::wstring key = trimmed(line, first, equals);
-        if (key.empty()) {
-            continue;
-        }
-        m_sections[section][key] = trimmed(line, equals + 1, line.size());
+    if (m_text.compare(0, 3, "\xEF\xBB\xBF") == 0) {
+        m_start = 3;  // byte order mark
     }
     m_loaded = true;
 }
 
 bool IniFileReader::getProperty(const std::wstring& section, const std::wstring& key,
                                 std::wstring& value) const {
-    auto foundSection = m_sections.find(section);
-    if (foundSection == m_sections.end()) {
+    if (key.empty()) {
+        return false;  // lines with an empty key are never stored
+    }
+    // Lines before the first header belong to the section with the empty name.
+    bool inSection = section.empty();
+    bool found = false;
+    std::size_t valueBegin = 0;
+    std::size_t valueEnd = 0;
+    std::wstring scratch;
+    const std::size_t size = m_text.size();
+    std::size_t next = m_start;
+    while (next < size) {
+        std::size_t stop = m_text.find('\n', next);
+        if (stop == std::string::npos) {
+            stop = size;
+        }
+        std::size_t first = next;
+        std::size_t last = stop;
+        next = stop + 1;
+        trim(m_text, &first, &last);
+        if (first == last || m_text[first] == '#' || m_text[first] == ';') {
+            continue;
+        }
+        if (m_text[first] == '[') {
+            if (last - first >= 2 && m_text[last - 1] == ']') {
+                std::size_t nameBegin = first + 1;
+                std::size_t nameEnd = last - 1;
+                trim(m_text, &nameBegin, &nameEnd);
+                inSection = decodesTo(m_text, nameBegin, nameEnd, section, scratch);
+            }
+            continue;
+        }
+        if (!inSection) {
+            continue;
+        }
+        const std::size_t equals = m_text.find('=', first);
+        if (equals >= stop) {
+            continue;
+        }
+        std::size_t keyBegin = first;
+        std::size_t keyEnd = equals;
+        trim(m_text, &keyBegin, &keyEnd);
+        if (decodesTo(m_text, keyBegin, keyEnd, key, scratch)) {
+            // A later line of the same key replaces an earlier one.
+            found = true;
+            valueBegin = equals + 1;
+            valueEnd = stop;
+            trim(m_text, &valueBegin, &valueEnd);
+        }
+    }
+    if (!found) {
         return false;
     }
-    auto foundKey = foundSection->second.find(key);
-    if (foundKey == foundSection->second.end()) {
-        return false;
-    }
-    value = foundKey->second;
+    value.clear();
+    Utf8::decode(m_text.data() + valueBegin, valueEnd - valueBegin, value);
     return true;
 }
 

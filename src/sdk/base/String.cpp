@@ -32,6 +32,8 @@ String::String(const wchar_t* text) {
 
 String::String(const std::wstring& text) : m_text(text) {}
 
+String::String(std::wstring&& text) noexcept : m_text(std::move(text)) {}
+
 String::~String() = default;
 
 String& String::operator=(const String& other) {

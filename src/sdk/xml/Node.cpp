@@ -1,8 +1,12 @@
 #include "xml/Node.h"
 
 #include <string>
+#include <utility>
 
-Node::Node(Type type, const String& name) : m_type(type), m_name(name) {}
+Node::Node(Type type, const String& name) : m_type(type), m_name(std::make_shared<String>(name)) {}
+
+Node::Node(Type type, std::shared_ptr<const String> name)
+    : m_type(type), m_name(name ? std::move(name) : std::make_shared<const String>()) {}
 
 // The subtree is taken apart breadth first: each node's children are spliced onto
 // one work list before the node is deleted, so the node's own destructor finds no

@@ -96,7 +96,38 @@ class Run {
                 String(("Cannot read XML file '" + m_path + "': not a regular file").c_str()), 0);
             return NodeReader::STATUS_IO_ERROR;
         }
+        return parse(
+            [&file](void* buffer, std::size_t room) { return readSome(file.get(), buffer, room); },
+            chunkFor(info.st_size));
+    }
 
+    // Parses the `size` bytes at `data`.
+    int executeBuffer(const char* data, std::size_t size) {
+        std::size_t offset = 0;
+        return parse(
+            [data, size, &offset](void* buffer, std::size_t room) {
+                const std::size_t count = size - offset < room ? size - offset : room;
+                if (count > 0) {
+                    std::memcpy(buffer, data + offset, count);
+                }
+                offset += count;
+                return static_cast<ssize_t>(count);
+            },
+            chunkFor(static_cast<off_t>(size)));
+    }
+
+  private:
+    // Parses the bytes that `source(buffer, room)` delivers (a count, 0 at the end,
+    // -1 with errno set on a read error) and hands the tree to the sink.
+    // The parser's read buffer for a document of `size` bytes: small documents (tag
+    // files, say) need no 64 KiB buffer, whose allocation would cost more than
+    // their parse.
+    static int chunkFor(off_t size) {
+        return size >= 0 && size < kChunkSize ? static_cast<int>(size) + 1 : kChunkSize;
+    }
+
+    template <class Source>
+    int parse(Source source, int chunkSize) {
         ParserPtr parser(XML_ParserCreate(nullptr));
         if (!parser) {
             throw std::bad_alloc();
@@ -111,11 +142,11 @@ class Run {
         TreeBuilder builder(parser.get(), m_sink);
 
         for (;;) {
-            void* buffer = XML_GetBuffer(parser.get(), kChunkSize);
+            void* buffer = XML_GetBuffer(parser.get(), chunkSize);
             if (buffer == nullptr) {
                 return parseFailure(parser.get(), builder);
             }
-            ssize_t got = readSome(file.get(), buffer, kChunkSize);
+            ssize_t got = source(buffer, static_cast<std::size_t>(chunkSize));
             if (got < 0) {
                 return ioFailure("Cannot read XML file '", errno, true);
             }
@@ -140,7 +171,6 @@ class Run {
         return NodeReader::STATUS_OK;
     }
 
-  private:
     int ioFailure(const char* what, int error, bool critical) {
         String message((what + m_path + "': " + describeErrno(error)).c_str());
         if (critical) {
@@ -183,20 +213,44 @@ NodeReader::NodeReader(NodeSink& sink) : m_sink(sink), m_status(STATUS_OK) {}
 
 NodeReader::~NodeReader() = default;
 
-int NodeReader::process(const String& path, int /*flags*/) {
-    m_status = STATUS_PARSE_ERROR;
+namespace {
+
+// Runs one parse, reporting running out of memory to the sink; returns the status.
+template <class Body>
+int guardedRun(NodeSink& sink, const char* name, Body body) {
     try {
-        m_status = Run(m_sink, path).execute();
+        return body();
     } catch (const std::bad_alloc&) {
-        m_status = STATUS_PARSE_ERROR;
         try {
             std::string message = "Out of memory while reading XML file '";
-            message += static_cast<const char*>(path);
+            message += name;
             message += "'";
-            m_sink.onCriticalError(String(message.c_str()), 0);
+            sink.onCriticalError(String(message.c_str()), 0);
         } catch (const std::bad_alloc&) {
             // Nothing more can be reported.
         }
     }
+    return NodeReader::STATUS_PARSE_ERROR;
+}
+
+const char* const kBufferName = "(buffer)";
+
+}  // namespace
+
+int NodeReader::process(const String& path, int /*flags*/) {
+    m_status = STATUS_PARSE_ERROR;
+    m_status = guardedRun(m_sink, static_cast<const char*>(path),
+                          [this, &path] { return Run(m_sink, path).execute(); });
+    return m_status;
+}
+
+int NodeReader::processBuffer(const char* data, std::size_t size, int /*flags*/) {
+    m_status = STATUS_PARSE_ERROR;
+    if (data == nullptr) {
+        size = 0;
+    }
+    m_status = guardedRun(m_sink, kBufferName, [this, data, size] {
+        return Run(m_sink, String(kBufferName)).executeBuffer(data, size);
+    });
     return m_status;
 }

@@ -1,6 +1,7 @@
 #include "TreeBuilder.h"
 
 #include <climits>
+#include <cstring>
 #include <utility>
 
 #include "base/Utf8.h"
@@ -9,10 +10,6 @@ static_assert(sizeof(XML_Char) == 1, "the parser must deliver UTF-8");
 
 namespace {
 
-String fromUtf8(const std::string& text) {
-    return String(Utf8::decode(text.data(), text.size()));
-}
-
 int currentLine(XML_Parser parser) {
     XML_Size line = XML_GetCurrentLineNumber(parser);
     return line > static_cast<XML_Size>(INT_MAX) ? INT_MAX : static_cast<int>(line);
@@ -20,7 +17,11 @@ int currentLine(XML_Parser parser) {
 
 }  // namespace
 
-TreeBuilder::TreeBuilder(XML_Parser parser, NodeSink& sink) : m_parser(parser), m_sink(sink) {
+TreeBuilder::TreeBuilder(XML_Parser parser, NodeSink& sink)
+    : m_parser(parser),
+      m_sink(sink),
+      m_textName(std::make_shared<const String>("#text")),
+      m_commentName(std::make_shared<const String>("#comment")) {
     XML_SetUserData(parser, this);
     XML_SetElementHandler(parser, &TreeBuilder::startElement, &TreeBuilder::endElement);
     XML_SetCharacterDataHandler(parser, &TreeBuilder::characters);
@@ -59,22 +60,46 @@ Node* TreeBuilder::adopt(std::unique_ptr<Node> node) {
     return node.release();
 }
 
-void TreeBuilder::flushText() {
-    if (m_text.empty()) {
-        return;
-    }
-    std::unique_ptr<Node> text(new Node(Node::TEXT, "#text"));
-    text->setValue(fromUtf8(m_text));
+std::unique_ptr<Node> TreeBuilder::takeText() {
+    std::unique_ptr<Node> text(new Node(Node::TEXT, m_textName));
+    std::wstring value;
+    Utf8::decode(m_text.data(), m_text.size(), value);
+    text->setValue(String(std::move(value)));
     m_text.clear();
-    adopt(std::move(text));
+    return text;
+}
+
+void TreeBuilder::flushText() {
+    if (!m_text.empty()) {
+        adopt(takeText());
+    }
+}
+
+const std::shared_ptr<const String>& TreeBuilder::sharedName(const char* name) {
+    std::shared_ptr<const String>& shared = m_names[name];
+    if (!shared) {
+        shared = std::make_shared<const String>(name);
+    }
+    return shared;
 }
 
 void XMLCALL TreeBuilder::startElement(void* data, const XML_Char* name, const XML_Char** atts) {
     guarded(data, [name, atts](TreeBuilder& self) {
         self.flushText();
-        std::unique_ptr<Node> element(new Node(Node::ELEMENT, name));
+        std::unique_ptr<Node> element(new Node(Node::ELEMENT, self.sharedName(name)));
+        // The parser has refused repeated attributes already.
+        std::size_t count = 0;
+        std::size_t bytes = 0;
         for (const XML_Char** att = atts; att[0] != nullptr; att += 2) {
-            element->getAttributes().setEntry(att[0], att[1]);
+            ++count;
+            bytes += std::strlen(att[0]) + std::strlen(att[1]);
+        }
+        if (count > 0) {
+            StringMap& attributes = element->getAttributes();
+            attributes.reserveUtf8(count, bytes);
+            for (const XML_Char** att = atts; att[0] != nullptr; att += 2) {
+                attributes.addEntryUtf8(att[0], std::strlen(att[0]), att[1], std::strlen(att[1]));
+            }
         }
         Node* added;
         if (self.m_open.empty()) {
@@ -109,7 +134,7 @@ void XMLCALL TreeBuilder::comment(void* data, const XML_Char* text) {
     guarded(data, [text](TreeBuilder& self) {
         self.flushText();
         if (!self.m_open.empty()) {
-            std::unique_ptr<Node> node(new Node(Node::COMMENT, "#comment"));
+            std::unique_ptr<Node> node(new Node(Node::COMMENT, self.m_commentName));
             node->setValue(text);
             self.adopt(std::move(node));
         }
@@ -133,12 +158,7 @@ void XMLCALL TreeBuilder::startCdata(void* data) {
 
 // A CDATA section is a text node of its own, even when it is empty.
 void XMLCALL TreeBuilder::endCdata(void* data) {
-    guarded(data, [](TreeBuilder& self) {
-        std::unique_ptr<Node> text(new Node(Node::TEXT, "#text"));
-        text->setValue(fromUtf8(self.m_text));
-        self.m_text.clear();
-        self.adopt(std::move(text));
-    });
+    guarded(data, [](TreeBuilder& self) { self.adopt(self.takeText()); });
 }
 
 // Called for a reference to an entity whose declaration was not read (it would be

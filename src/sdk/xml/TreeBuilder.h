@@ -13,6 +13,7 @@
 #include <exception>
 #include <memory>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "xml/Node.h"
@@ -55,12 +56,19 @@ class TreeBuilder {
     Node* adopt(std::unique_ptr<Node> node);
     // Turns the character data gathered since the last node into a text node.
     void flushText();
+    // A new text node holding the character data gathered so far (which is cleared).
+    std::unique_ptr<Node> takeText();
+    // The shared name `name` (UTF-8): one String for every element of a name.
+    const std::shared_ptr<const String>& sharedName(const char* name);
 
     XML_Parser m_parser;
     NodeSink& m_sink;
     std::unique_ptr<Node> m_root;
     std::vector<Node*> m_open;  // open elements, innermost last; owned by m_root
     std::string m_text;         // UTF-8 character data not yet in a node
+    std::unordered_map<std::string, std::shared_ptr<const String>> m_names;
+    std::shared_ptr<const String> m_textName;
+    std::shared_ptr<const String> m_commentName;
     bool m_stopped = false;
     std::exception_ptr m_failure;
 };

@@ -29,6 +29,8 @@ TEST(IniFileReaderTest, SectionsKeysCommentsAndMissingFiles) {
                                        "after = still main\n"
                                        "[other]\r\n"
                                        "name = gr\xC3\xBC\xC3\x9F\n"
+                                       "[ ]\n"
+                                       "location = replaced in the unnamed section\n"
                                        "[main]\n"
                                        "last = no newline");
     const IniFileReader reader(Utf8::decode(path.c_str()).c_str());
@@ -38,7 +40,7 @@ TEST(IniFileReaderTest, SectionsKeysCommentsAndMissingFiles) {
         const wchar_t* key;
         const wchar_t* expected;  // null: absent
     } lookups[] = {
-        {L"", L"location", L"/opt/app/"},
+        {L"", L"location", L"replaced in the unnamed section"},
         {L"", L"url", L"http://host/?a=b&c=d"},
         {L"", L"bad", L"\xDCFF!"},
         {L"", L"plain line without separator", nullptr},

@@ -105,7 +105,32 @@ TEST_F(NodeReaderTest, BuildsTheTreeAsWritten) {
         ASSERT_NE(sink.tree, nullptr) << c.xml;
         EXPECT_EQ(describe(*sink.tree), c.tree) << c.xml;
         EXPECT_TRUE(sink.errors.empty() && sink.warnings.empty()) << c.xml;
+        // The same bytes from memory give the same tree.
+        sink.tree.reset();
+        const std::string xml = c.xml;
+        ASSERT_EQ(NodeReader(sink).processBuffer(xml.data(), xml.size(), 0), NodeReader::STATUS_OK);
+        ASSERT_NE(sink.tree, nullptr) << c.xml;
+        EXPECT_EQ(describe(*sink.tree), c.tree) << c.xml;
     }
+}
+
+TEST_F(NodeReaderTest, BufferDocumentsLargerThanAChunkAndBrokenOnes) {
+    const std::string big = "<r>" + repeat("<a x='1'/>", 20000) + "</r>";
+    NodeReader reader(sink);
+    ASSERT_EQ(reader.processBuffer(big.data(), big.size(), 0), NodeReader::STATUS_OK);
+    const std::list<Node*>* children = nullptr;
+    ASSERT_EQ(sink.tree->getChildren(&children), 0);
+    EXPECT_EQ(children->size(), 20000u);
+    EXPECT_EQ(reader.getStatus(), NodeReader::STATUS_OK);
+
+    sink.tree.reset();
+    const std::string cut = big.substr(0, big.size() / 2);
+    EXPECT_EQ(reader.processBuffer(cut.data(), cut.size(), 0), NodeReader::STATUS_PARSE_ERROR);
+    EXPECT_EQ(reader.processBuffer(nullptr, 0, 0), NodeReader::STATUS_PARSE_ERROR);
+    EXPECT_EQ(sink.tree, nullptr);
+    ASSERT_EQ(sink.errors.size(), 2u);
+    EXPECT_EQ(sink.errors[0].rfind("(buffer): ", 0), 0u) << sink.errors[0];
+    EXPECT_NE(sink.errors[1].find("no element found"), std::string::npos) << sink.errors[1];
 }
 
 // Line 0: an I/O error, for a file that cannot be opened or is not a regular file.
@@ -190,6 +215,25 @@ TEST_F(NodeReaderTest, LargeTextAcrossChunksIsOneNode) {
     ASSERT_EQ(sink.tree->getChildren(&children), 0);
     ASSERT_EQ(children->size(), 1u);
     EXPECT_EQ(narrow(children->front()->getValue()), repeat(text + "&", 20000));
+}
+
+// The read buffer follows the file's size up to one chunk (64 KiB): documents just
+// around those sizes, from a file and from memory, read whole.
+TEST_F(NodeReaderTest, DocumentsAroundTheChunkSizeReadWhole) {
+    for (const std::size_t size : {8u, 9u, 4096u, 65535u, 65536u, 65537u, 131073u}) {
+        const std::string xml = "<r>" + std::string(size - 7, 't') + "</r>";
+        ASSERT_EQ(xml.size(), size);
+        for (const bool fromFile : {true, false}) {
+            sink.tree.reset();
+            ASSERT_EQ(fromFile ? parse(xml) : NodeReader(sink).processBuffer(xml.data(), size, 0),
+                      NodeReader::STATUS_OK)
+                << size;
+            const std::list<Node*>* children = nullptr;
+            ASSERT_EQ(sink.tree->getChildren(&children), 0);
+            ASSERT_EQ(children->size(), 1u) << size;
+            EXPECT_EQ(children->front()->getValue().length(), static_cast<int>(size - 7)) << size;
+        }
+    }
 }
 
 TEST_F(NodeReaderTest, DeepNestingIsBuiltAndFreed) {

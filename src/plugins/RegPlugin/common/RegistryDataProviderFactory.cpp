@@ -3,8 +3,11 @@
 #include "RegPluginConstants.h"
 #include "base/String.h"
 #include "common/PluginTrace.h"
+#include "cross/any/InstallAnywhereDataProvider.h"
+#include "cross/corvu/CorvuDataProvider.h"
 #include "cross/dpkg/DpkgDataProvider.h"
 #include "cross/ismp/IsmpDataProvider.h"
+#include "cross/orlo/OrloDataProvider.h"
 #include "cross/rpm/LegacyRpmDataProvider.h"
 
 namespace RegPlugin {
@@ -48,9 +51,12 @@ RegistryDataProvider* createDataProvider(RegistryDataProviderFactory::DataProvid
         case RegistryDataProviderFactory::ISMP_PROVIDER:
             return new IsmpDataProvider();
         case RegistryDataProviderFactory::CORVU_PROVIDER:
-        case RegistryDataProviderFactory::TESSEL_PROVIDER:
+            return new CorvuDataProvider();
         case RegistryDataProviderFactory::ANYWHERE_PROVIDER:
+            return new InstallAnywhereDataProvider();
         case RegistryDataProviderFactory::ORLO_PROVIDER:
+            return new OrloDataProvider();
+        case RegistryDataProviderFactory::TESSEL_PROVIDER:
         case RegistryDataProviderFactory::INVALID_PROVIDER:
             break;
     }

@@ -3,8 +3,11 @@
 #include <gtest/gtest.h>
 
 #include "CommonFakes.h"
+#include "cross/any/InstallAnywhereDataProvider.h"
+#include "cross/corvu/CorvuDataProvider.h"
 #include "cross/dpkg/DpkgDataProvider.h"
 #include "cross/ismp/IsmpDataProvider.h"
+#include "cross/orlo/OrloDataProvider.h"
 #include "cross/rpm/LegacyRpmDataProvider.h"
 
 namespace RegPluginTest {
@@ -32,10 +35,19 @@ TEST_F(RegistryDataProviderFactoryTest, CreatesOneProviderPerClass) {
     EXPECT_EQ(Factory::getDataProvider(Factory::OS_PROVIDER), os);
     auto* dpkg = Factory::getDataProvider(Factory::DPKG_PROVIDER);
     EXPECT_NE(dynamic_cast<RegPlugin::DpkgDataProvider*>(dpkg), nullptr);
+    EXPECT_NE(dynamic_cast<RegPlugin::InstallAnywhereDataProvider*>(
+                  Factory::getDataProvider(Factory::ANYWHERE_PROVIDER)),
+              nullptr);
+    EXPECT_NE(dynamic_cast<RegPlugin::CorvuDataProvider*>(
+                  Factory::getDataProvider(Factory::CORVU_PROVIDER)),
+              nullptr);
+    EXPECT_NE(dynamic_cast<RegPlugin::OrloDataProvider*>(
+                  Factory::getDataProvider(Factory::ORLO_PROVIDER)),
+              nullptr);
     EXPECT_NE(dynamic_cast<RegPlugin::IsmpDataProvider*>(
                   Factory::getDataProvider(Factory::ISMP_PROVIDER)),
               nullptr);
-    for (auto which : {Factory::ANYWHERE_PROVIDER, Factory::ORLO_PROVIDER})
+    for (auto which : {Factory::TESSEL_PROVIDER})
         EXPECT_EQ(Factory::getDataProvider(which), nullptr) << "class " << which;
 }
 

@@ -1,0 +1,96 @@
+// Tag trees for the Orlo tests: installation directories with
+// "properties/version" tag files, made under a private directory.
+#ifndef TESTS_PLUGINS_REGPLUGIN_CROSS_ORLO_ORLOTESTSUPPORT_H
+#define TESTS_PLUGINS_REGPLUGIN_CROSS_ORLO_ORLOTESTSUPPORT_H
+
+#include <sys/stat.h>
+
+#include <string>
+#include <vector>
+
+#include "../../PluginTestSupport.h"
+#include "PluginSDK/StringVector.h"
+#include "cross/orlo/OrloProduct.h"
+
+namespace RegPluginTest {
+
+// A tag file with one record element of `kind` ("Product", "Component", "Fix").
+inline std::string tagRecord(const std::string& kind, const std::string& name,
+                             const std::string& version, const std::string& extra = "") {
+    return "<" + kind + "><" + kind + "Name>" + name + "</" + kind + "Name><" + kind + "Version>" +
+           version + "</" + kind + "Version>" + extra + "</" + kind + ">";
+}
+
+class TagTree : public TempDir {
+  public:
+    // Makes `relative` and its parents under the tree; returns the full path.
+    std::string mkdirs(const std::string& relative) const {
+        std::string path = this->path();
+        std::size_t from = 0;
+        while (from <= relative.size()) {
+            std::size_t slash = relative.find('/', from);
+            if (slash == std::string::npos)
+                slash = relative.size();
+            path += "/" + relative.substr(from, slash - from);
+            ::mkdir(path.c_str(), 0755);
+            from = slash + 1;
+        }
+        return path;
+    }
+    // Writes `content` as "properties/version/<file>" under the installation
+    // directory `install` (relative to the tree); returns the tag file's path.
+    std::string tag(const std::string& install, const std::string& file,
+                    const std::string& content) const {
+        mkdirs(install + "/properties/version");
+        return write(install + "/properties/version/" + file, content);
+    }
+};
+
+inline std::vector<std::string> keysOf(const PluginSDK::StringVector& keys) {
+    std::vector<std::string> out;
+    for (int i = 0; i < keys.size(); ++i)
+        out.push_back(keys[i].toUtf8());
+    return out;
+}
+
+inline std::wstring wide(const std::string& text) {
+    return std::wstring(text.begin(), text.end());
+}
+
+inline std::string narrow(const std::wstring& text) {
+    return std::string(text.begin(), text.end());
+}
+
+// "kind name version @root" for each product, for compact comparisons.
+inline std::vector<std::string> summaries(const std::vector<RegPlugin::OrloProduct>& products,
+                                          const std::string& strip = "") {
+    std::vector<std::string> out;
+    for (const RegPlugin::OrloProduct& product : products) {
+        std::string root = narrow(product.installRoot);
+        if (!strip.empty() && root.compare(0, strip.size(), strip) == 0)
+            root = root.substr(strip.size());
+        out.push_back(product.kind + " " + narrow(product.properties.at(L"name")) + " " +
+                      narrow(product.properties.at(L"version")) + " @" + root);
+    }
+    return out;
+}
+
+// The level-`level` trace messages that start with `prefix`, with `strip` removed
+// wherever it occurs.
+inline std::vector<std::string> tracedWith(const MemoryTraceSink& sink, int level,
+                                           const std::string& prefix,
+                                           const std::string& strip = "") {
+    std::vector<std::string> out;
+    for (std::string message : sink.messages(level)) {
+        if (message.compare(0, prefix.size(), prefix) != 0)
+            continue;
+        for (std::size_t at; !strip.empty() && (at = message.find(strip)) != std::string::npos;)
+            message.erase(at, strip.size());
+        out.push_back(message);
+    }
+    return out;
+}
+
+}  // namespace RegPluginTest
+
+#endif
