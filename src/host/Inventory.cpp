@@ -39,9 +39,33 @@ const std::vector<RegistrySource>& knownRegistries() {
          "OrloProductInfo",
          "the Orlo tag files could not be searched",
          {},
+         nullptr,
          {"kind", "TAG_FILE"}},
+        {"tessel",
+         "TesselCatalogList",
+         "TesselCatalogInfo",
+         "the Tessel catalog could not be listed; is pdxDirectory the product directory?",
+         {},
+         "pdxDirectory",
+         {"uninstData", "isInstalled", "isCommitted", "backupState", "rebootRequired",
+          "isDiscovered", "isHidden", "errorState"}},
     };
     return registries;
+}
+
+std::vector<RegistrySource> configuredRegistries(const std::vector<RegistrySource>& registries,
+                                                 const PropertyList& settings) {
+    std::vector<RegistrySource> selected;
+    for (const RegistrySource& source : registries) {
+        bool given = source.requiredSetting == nullptr;
+        for (const auto& setting : settings) {
+            given = given || setting.first == source.requiredSetting;
+        }
+        if (given) {
+            selected.push_back(source);
+        }
+    }
+    return selected;
 }
 
 namespace {

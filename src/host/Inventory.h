@@ -22,12 +22,20 @@ struct RegistrySource {
     // Why the List failed when the plug-in could not read the registry, in plain words.
     const char* unreadableReason;
     PropertyList listProperties;  // set on the List expression before evaluating it
+    // When not null, the registry is listed only when this configuration property was
+    // given (--set NAME=VALUE).
+    const char* requiredSetting = nullptr;
     // Further Info fields read for each package (InventoryRecord::extraFields).
     std::vector<const char*> extraFields = {};
 };
 
 // The registries `inventory` lists, in output order.
 const std::vector<RegistrySource>& knownRegistries();
+
+// The rows of `registries` that `settings` (the --set pairs) lets list: those without
+// a required setting, and those whose required setting was given.
+std::vector<RegistrySource> configuredRegistries(const std::vector<RegistrySource>& registries,
+                                                 const PropertyList& settings);
 
 // One package. A field the registry does not give is empty.
 struct InventoryRecord {

@@ -32,7 +32,8 @@ void writeCsv(std::ostream& out, const std::vector<InventoryRecord>& records);
 
 // A JSON array of objects with the keys registry, key, name, version, vendor,
 // installDir, description, then the record's extra fields (an Orlo product's kind
-// and TAG_FILE, say); bytes that are not UTF-8 become U+FFFD.
+// and TAG_FILE, the Tessel catalog's state fields, say); bytes that are not UTF-8
+// become U+FFFD.
 void writeJson(std::ostream& out, const std::vector<InventoryRecord>& records);
 
 // An aligned table for people: a header line and one line per record, columns

@@ -95,7 +95,8 @@ int runBatch(PluginSDK::Plugin& plugin, const Options& options, std::istream& in
 
 int runInventory(PluginSDK::Plugin& plugin, const Options& options, const CodeNames& names,
                  std::ostream& out, std::ostream& err) {
-    Inventory inventory = collectInventory(plugin, knownRegistries(), names);
+    Inventory inventory =
+        collectInventory(plugin, configuredRegistries(knownRegistries(), options.settings), names);
     for (const RegistryFailure& failure : inventory.failures) {
         err << failure.message << '\n';
     }

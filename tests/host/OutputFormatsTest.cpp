@@ -57,6 +57,70 @@ TEST(OutputFormatsTest, JsonKeepsKeyOrderAndReplacesBadBytes) {
         "installDir":"","description":"","kind":"Fix","TAG_FILE":"/t"}])"));
 }
 
+TEST(OutputFormatsTest, JsonCarriesExtraFieldsAfterTheColumns) {
+    regscan::InventoryRecord record{"tessel", "a.1", "a", "1", "", "", ""};
+    record.extraFields = {{"isInstalled", "true"}, {"backupState", ""}};
+    std::ostringstream out, csv;
+    regscan::writeJson(out, {record});
+    EXPECT_EQ(out.str(), nlohmann::ordered_json::parse(R"([{
+        "registry":"tessel","key":"a.1","name":"a","version":"1","vendor":"",
+        "installDir":"","description":"","isInstalled":"true","backupState":""}])")
+                                 .dump(2) +
+                             "\n");
+    // The other formats keep their columns.
+    regscan::writeCsv(csv, {record});
+    EXPECT_EQ(csv.str(),
+              "registry,key,name,version,vendor,installDir,description\r\n"
+              "tessel,a.1,a,1,,,\r\n");
+}
+
+TEST(InventoryTest, RegistriesNeedingASettingAreListedOnlyWithIt) {
+    const std::vector<regscan::RegistrySource> registries = {
+        {"always", "Keys", "Info", "", {}},
+        {"catalog", "Keys", "Info", "", {}, "pdxDirectory"},
+    };
+    struct Case {
+        regscan::PropertyList settings;
+        std::vector<std::string> listed;
+    } cases[] = {
+        {{}, {"always"}},
+        {{{"showRemovedPackages", "TRUE"}}, {"always"}},
+        {{{"PDXDirectory", "/x"}}, {"always"}},
+        {{{"pdxDirectory", ""}}, {"always", "catalog"}},
+        {{{"listUnmatchedSoftware", "TRUE"}, {"pdxDirectory", "/opt/p"}}, {"always", "catalog"}},
+    };
+    for (const Case& c : cases) {
+        std::vector<std::string> listed;
+        for (const regscan::RegistrySource& source :
+             regscan::configuredRegistries(registries, c.settings)) {
+            listed.push_back(source.registry);
+        }
+        EXPECT_EQ(listed, c.listed) << c.settings.size();
+    }
+    // The catalog is a known registry, behind its setting.
+    bool known = false;
+    for (const regscan::RegistrySource& source : regscan::knownRegistries()) {
+        if (std::string(source.registry) == "tessel") {
+            known = std::string(source.requiredSetting) == "pdxDirectory" &&
+                    std::string(source.listExpression) == "TesselCatalogList";
+        }
+    }
+    EXPECT_TRUE(known);
+}
+
+TEST(InventoryTest, ReadsExtraFieldsThatTheRegistryGives) {
+    fake::Plugin plugin;
+    regscan::CodeNames names;
+    regscan::Inventory inventory = regscan::collectInventory(
+        plugin,
+        {{"good", "Keys", "Info", "unused", {{"keys", "k1"}}, nullptr, {"isHidden", "vendor"}}},
+        names);
+    ASSERT_EQ(inventory.records.size(), 1u);
+    // vendor fails in the fake: left out.
+    EXPECT_EQ(inventory.records[0].extraFields,
+              (std::vector<std::pair<std::string, std::string>>{{"isHidden", "isHidden of k1"}}));
+}
+
 TEST(InventoryTest, ListsGoodRegistriesAndReportsFailedOnes) {
     fake::Plugin plugin;
     regscan::CodeNames names;

@@ -22,6 +22,9 @@
 #include "cross/rpm/RpmProductExists.h"
 #include "cross/rpm/RpmProductInfo.h"
 #include "cross/rpm/RpmProductList.h"
+#include "cross/tessel/TesselExists.h"
+#include "cross/tessel/TesselInfo.h"
+#include "cross/tessel/TesselList.h"
 #include "cross/void/VoidProductExists.h"
 #include "cross/void/VoidProductInfo.h"
 #include "cross/void/VoidProductList.h"
@@ -63,6 +66,9 @@ const ExpressionTableRow* expressionTable(std::size_t& count) {
         {REG_PLUGIN_EXPRESSION_ISMPPRODUCTLIST, &create<IsmpProductList>},
         {REG_PLUGIN_EXPRESSION_ISMPPRODUCTEXISTS, &create<IsmpProductExists>},
         {REG_PLUGIN_EXPRESSION_ISMPPRODUCTINFO, &create<IsmpProductInfo>},
+        {REG_PLUGIN_EXPRESSION_TESSELLIST, &create<TesselList>},
+        {REG_PLUGIN_EXPRESSION_TESSELEXISTS, &create<TesselExists>},
+        {REG_PLUGIN_EXPRESSION_TESSELINFO, &create<TesselInfo>},
     };
     count = sizeof(rows) / sizeof(rows[0]);
     return rows;

@@ -30,7 +30,10 @@ int InputStream::read() {
 
 std::string InputStream::readAll() {
     std::string rest;
-    if (m_position < m_data.size()) {
+    if (m_position == 0) {
+        // Nothing read yet: hand the whole output over instead of copying it.
+        rest.swap(m_data);
+    } else if (m_position < m_data.size()) {
         rest = m_data.substr(m_position);
     }
     m_position = m_data.size();

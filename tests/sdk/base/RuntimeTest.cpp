@@ -7,6 +7,7 @@
 #include <chrono>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "../TempDir.h"
 
@@ -66,6 +67,31 @@ TEST(RuntimeTest, CapturesLargeOutputByteExact) {
     const RunResult r = run("cat '" + dir.write("big", data) + "'");
     EXPECT_EQ(data.size(), r.output.size());
     EXPECT_TRUE(data == r.output);  // no gtest diff of 1.5 MB
+}
+
+// Whole, after some characters, and again at the end: each byte is handed out once.
+TEST(RuntimeTest, ReadAllGivesWhatWasNotRead) {
+    // Characters read first, and the byte where the rest starts.
+    for (const auto& [first, restStart] : {std::pair<int, int>{0, 0}, {1, 1}, {3, 4}, {4, 5}}) {
+        std::unique_ptr<Process> process(Runtime::getRuntime()->exec(
+            String("printf 'ab\\303\\251c'"), nullptr, nullptr, Runtime::EXEC_CAPTURE_OUTPUT));
+        ASSERT_NE(process, nullptr);
+        ASSERT_EQ(process->waitFor(), 0);
+        InputStream* stream = process->getInputStream();
+        std::wstring read;
+        for (int i = 0; i < first; ++i) {
+            read += static_cast<wchar_t>(stream->read());
+        }
+        const std::string rest = stream->readAll();
+        EXPECT_EQ(std::wstring(L"ab\u00e9c").substr(0, first), read);
+        EXPECT_EQ(std::string("ab\xc3\xa9"
+                              "c")
+                      .substr(restStart),
+                  rest)
+            << first;
+        EXPECT_EQ(stream->readAll(), "");
+        EXPECT_LT(stream->read(), 0);
+    }
 }
 
 // -1: the program is not started and exec gives null.

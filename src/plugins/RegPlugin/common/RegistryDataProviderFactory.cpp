@@ -9,6 +9,7 @@
 #include "cross/ismp/IsmpDataProvider.h"
 #include "cross/orlo/OrloDataProvider.h"
 #include "cross/rpm/LegacyRpmDataProvider.h"
+#include "cross/tessel/TesselDataProvider.h"
 
 namespace RegPlugin {
 
@@ -48,6 +49,10 @@ RegistryDataProvider* createDataProvider(RegistryDataProviderFactory::DataProvid
             return new LegacyRpmDataProvider();
         case RegistryDataProviderFactory::DPKG_PROVIDER:
             return new DpkgDataProvider();
+        case RegistryDataProviderFactory::TESSEL_PROVIDER:
+            // The message ids of the name, version, uninstall-data and state lines.
+            return new TesselDataProvider(String(L"PDXMS0164I"), String(L"PDXMS0165I"),
+                                          String(L"PDXMS0804I"), String(L"PDXMS0166I"));
         case RegistryDataProviderFactory::ISMP_PROVIDER:
             return new IsmpDataProvider();
         case RegistryDataProviderFactory::CORVU_PROVIDER:
@@ -56,7 +61,6 @@ RegistryDataProvider* createDataProvider(RegistryDataProviderFactory::DataProvid
             return new InstallAnywhereDataProvider();
         case RegistryDataProviderFactory::ORLO_PROVIDER:
             return new OrloDataProvider();
-        case RegistryDataProviderFactory::TESSEL_PROVIDER:
         case RegistryDataProviderFactory::INVALID_PROVIDER:
             break;
     }

@@ -1,0 +1,7 @@
+#include "cross/tessel/TesselLineSink.h"
+
+namespace RegPlugin {
+
+TesselLineSink::~TesselLineSink() = default;
+
+}  // namespace RegPlugin

@@ -1,0 +1,362 @@
+#include "cross/tessel/TesselDataProvider.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "PluginSDK/PluginResult.h"
+#include "RegPluginConstants.h"
+#include "TesselProduct.h"
+#include "cross/tessel/TesselPackage.h"
+
+namespace RegPluginTest {
+namespace {
+
+using RegPlugin::RegistryPackage;
+using RegPlugin::TesselDataProvider;
+using RegPlugin::TesselPackage;
+
+// The provider as the factory makes it.
+class Catalog : public TesselDataProvider {
+  public:
+    Catalog()
+        : TesselDataProvider(String("PDXMS0164I"), String("PDXMS0165I"), String("PDXMS0804I"),
+                             String("PDXMS0166I")) {}
+};
+
+const char* const kFields[] = {"name",        "version",     "uninstData",     "isInstalled",
+                               "isCommitted", "backupState", "rebootRequired", "isDiscovered",
+                               "isHidden",    "errorState"};
+
+// Each package in load order: its key, then "|" and the value of each field.
+std::string show(TesselDataProvider& provider) {
+    std::ostringstream out;
+    for (RegistryPackage* p = provider.getFirst(); p != nullptr; p = provider.getNext()) {
+        out << p->key.toUtf8();
+        for (const char* field : kFields) {
+            PluginSDK::String value(L"(missing)");
+            p->getProperty(field, value);
+            out << "|" << value.toUtf8();
+        }
+        out << "\n";
+        EXPECT_EQ(p->provider, PluginSDK::String(L"TESSEL"));
+        EXPECT_EQ(p->type, RegistryPackage::PRODUCT);
+        EXPECT_EQ(p->properties.size(), 10u) << p->key.toUtf8();
+    }
+    return out.str();
+}
+
+TEST(TesselDataProviderTest, MatchResultLine) {
+    struct Case {
+        std::wstring line;
+        int matched;
+        std::wstring value;  // "(untouched)" when nothing matched
+    };
+    const std::wstring id = L"PDXMS0164I";
+    const std::vector<Case> cases = {
+        {L"PDXMS0164I Package name: office-suite", 1, L"office-suite"},
+        {L"PDXMS0164I Package name:  padded \t", 1, L" padded \t"},
+        // The character after the colon is skipped whatever it is.
+        {L"PDXMS0164I Package name:x-y", 1, L"-y"},
+        {L"PDXMS0164I Package name:", 1, L""},
+        {L"PDXMS0164I Package name: ", 1, L""},
+        {L"PDXMS0164I:value", 1, L"alue"},
+        {L"PDXMS0164I Time: 10:20", 1, L"10:20"},
+        // Colons before position 10 do not count.
+        {L"PDXMS0164:a: value", 1, L"value"},
+        {L"PDX:S0164I no colon after", 0, L"(untouched)"},
+        {L"PDXMS0164I no colon", 0, L"(untouched)"},
+        // Nine characters of the id are compared.
+        {L"PDXMS0164E Package name: err", 1, L"err"},
+        {L"PDXMS0165I Package version: 1.0", 0, L"(untouched)"},
+        {L"pdxms0164I Package name: x", 0, L"(untouched)"},
+        {L" PDXMS0164I Package name: x", 0, L"(untouched)"},
+        {L"PDXMS016", 0, L"(untouched)"},
+        {L"PDXMS0164", 0, L"(untouched)"},
+        {L"", 0, L"(untouched)"},
+        {std::wstring(L"PDXMS0164I n\0l: a\0b", 19), 1, std::wstring(L"a\0b", 3)},
+    };
+    Catalog catalog;
+    for (const Case& c : cases) {
+        String value(L"(untouched)");
+        EXPECT_EQ(catalog.matchResultLine(String(id), String(c.line), value), c.matched)
+            << String(c.line);
+        EXPECT_EQ(value.wide(), c.value) << String(c.line);
+    }
+}
+
+TEST(TesselDataProviderTest, LoadsTheListing) {
+    const std::string kOddName = std::string("n\xc3\xa9\xff") + std::string("\0x", 2);
+    struct Case {
+        const char* what;
+        std::string listing;
+        std::string expected;  // see show()
+        std::string traceLine = {};
+    };
+    const std::vector<Case> cases = {
+        {"records between header, message and blank lines, CR LF",
+         tesselHeader() + tesselRecord("office-suite", "1.0", "uninst-1", "ICPBC") +
+             tesselRecord("editor", "2.1", "uninst-2", "-CRDE") +
+             "PDXMS0002I 2 packages listed\r\n",
+         "office-suite.1.0|office-suite|1.0|uninst-1|true|true|prepared|true|false|false|"
+         "changing\n"
+         "editor.2.1|editor|2.1|uninst-2|false|true|restored|false|true|false|error\n"},
+        {"each state letter",
+         tesselRecord("a", "1", "u", "I-UH-") + tesselRecord("b", "1", "u", "xxxxx") +
+             tesselRecord("c", "1", "u", "ICUHE") + tesselRecord("d", "1", "u", "icpbc"),
+         "a.1|a|1|u|true|false|undoable|false|false|true|\n"
+         "b.1|b|1|u|false|false||false|false|false|\n"
+         "c.1|c|1|u|true|true|undoable|false|false|true|error\n"
+         "d.1|d|1|u|false|false||false|false|false|\n"},
+        {"state texts shorter than five letters",
+         tesselRecord("a", "1", "u", "IC") + tesselRecord("b", "1", "u", "I") +
+             "PDXMS0166I Package state:\r\nPDXMS0164I Package name: c\r\nPDXMS0167I -\r\n",
+         "a.1|a|1|u|true|true||false|false|false|\n"
+         "b.1|b|1|u|true|false||false|false|false|\n"
+         "c.1|c|1|u|false|false||false|false|false|\n"},
+        {"a record missing its state or uninstall data line inherits the previous one's",
+         tesselRecord("a", "1", "u-a", "ICP--") + tesselRecord("b", "2", "", "") +
+             tesselRecord("c", "3", "u-c", "") + tesselRecord("d", "4", "", "--R-E"),
+         "a.1|a|1|u-a|true|true|prepared|false|false|false|\n"
+         "b.2|b|2|u-a|true|true|prepared|false|false|false|\n"
+         "c.3|c|3|u-c|true|true|prepared|false|false|false|\n"
+         "d.4|d|4|u-c|false|false|restored|false|false|false|error\n"},
+        {"duplicate records: the first wins",
+         tesselRecord("a", "1", "first", "IC---") + tesselRecord("a", "1", "second", "-----") +
+             tesselRecord("a", "1.0", "third", "I----"),
+         "a.1|a|1|first|true|true||false|false|false|\n"
+         "a.1.0|a|1.0|third|true|false||false|false|false|\n",
+         "Skipped duplicate package with key='a.1'"},
+        {"blank lines alone do not end a record: the last values win",
+         "PDXMS0164I Package name: a\r\nPDXMS0165I Package version: 1\r\n\r\n\r\n"
+         "PDXMS0164I Package name: b\r\nPDXMS0165I Package version: 2\n",
+         "b.2|b|2||false|false||false|false|false|\n"},
+        {"an id line without a colon ends the record",
+         "PDXMS0164I Package name: a\nPDXMS0164I broken name\nPDXMS0165I Package version: 1\n",
+         "a.|a|||false|false||false|false|false|\n"
+         "a.1|a|1||false|false||false|false|false|\n"},
+        {"a colon at the very end gives an empty value",
+         "PDXMS0164I Package name:\nPDXMS0165I Package version: 1\nend\n",
+         ".1||1||false|false||false|false|false|\n"},
+        {"no record at all", "PDXMS0001I Catalog is empty\r\n\r\n", ""},
+        {"no output", "", ""},
+        {"bytes that are not UTF-8, NUL bytes and garbage are kept as characters",
+         std::string("\x01\x02garbage\xff\r\n") + "PDXMS0164I Package name: " + kOddName +
+             "\nPDXMS0165I Package version: 1\n",
+         kOddName + ".1|" + kOddName + "|1||false|false||false|false|false|\n"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(std::string(c.what) + "\nlisting: " + printable(c.listing));
+        TesselProduct product(c.listing);
+        ScopedConfiguration configuration;
+        configuration.set(REG_PLUGIN_PROPERTY_PDX_DIRECTORY, product.path());
+        TraceCapture trace;
+        Catalog catalog;
+        ASSERT_EQ(catalog.load(), 0);
+        EXPECT_EQ(show(catalog), c.expected);
+        EXPECT_TRUE(c.traceLine.empty() || trace.sink().contains(c.traceLine)) << c.traceLine;
+        EXPECT_TRUE(trace.sink().contains("The pdxDirectory property is " + product.path()));
+        EXPECT_TRUE(trace.sink().contains("Parsing output from list command"));
+        // The same records from the raw listing and from its lines.
+        Catalog fromBuffer;
+        fromBuffer.parseListing(c.listing.data(), c.listing.size());
+        EXPECT_EQ(show(fromBuffer), c.expected);
+        ObjectArray<String> lines;
+        RegPlugin::TesselHandler::appendLines(c.listing.data(), c.listing.size(), lines);
+        Catalog fromLines;
+        fromLines.parseLines(lines);
+        EXPECT_EQ(show(fromLines), c.expected);
+    }
+}
+
+TEST(TesselDataProviderTest, LoadFailures) {
+    TesselProduct product(tesselRecord("a", "1", "u", "IC---"), "exit 1");
+    struct Case {
+        const char* what;
+        const wchar_t* directory;  // null: not configured
+        TErrorCode expected;
+        std::string traceLine;
+    };
+    const std::string path = product.path();
+    const std::wstring widePath(path.begin(), path.end());
+    const std::vector<Case> cases = {
+        {"pdxDirectory missing", nullptr, REG_PLUGIN_ERROR_PDX_CLI_UNSPECIFIED,
+         "Property pdxDirectory not found. Skipping finding any software "},
+        {"the command exits with 1", widePath.c_str(), REG_PLUGIN_ERROR_UNABLE_TO_INVOKE_PDX_CLI,
+         "Process exited with 1 exit code"},
+        {"the directory does not exist", L"/nonexistent", REG_PLUGIN_ERROR_UNABLE_TO_INVOKE_PDX_CLI,
+         "Unable to run the listing command"},
+        {"an empty pdxDirectory cannot be entered", L"", REG_PLUGIN_ERROR_UNABLE_TO_INVOKE_PDX_CLI,
+         "Unable to run the listing command"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        ScopedConfiguration configuration;
+        configuration.set(REG_PLUGIN_PROPERTY_PDX_DIRECTORY, c.directory);
+        TraceCapture trace;
+        Catalog catalog;
+        EXPECT_EQ(catalog.load(), c.expected);
+        EXPECT_EQ(catalog.size(), 0);
+        EXPECT_TRUE(trace.sink().contains(c.traceLine));
+        // Through the preloaded base: the loader's code is logged, never retried.
+        Catalog queried;
+        bool exists = true;
+        for (int round = 0; round < 2; ++round) {
+            EXPECT_EQ(queried.packageExists(L"a.1", exists),
+                      REG_PLUGIN_ERROR_UNABLE_TO_GET_PROGRAM_LIST);
+        }
+        EXPECT_TRUE(exists);
+        EXPECT_TRUE(trace.sink().contains(
+            "Unable to preload packages ( err = " + std::to_string(c.expected) + " )"));
+        EXPECT_TRUE(trace.sink().contains("program preload previously failed"));
+    }
+    Catalog catalog;
+    EXPECT_EQ(catalog.loadInformation(nullptr), PluginSDK::ERROR_NULL_ARGUMENT);
+}
+
+TEST(TesselDataProviderTest, GetProperties) {
+    struct Case {
+        const wchar_t* storedUncommitted;  // configuration; null: not set
+        const wchar_t* storedRemoved;
+        const wchar_t* overrideUncommitted;  // expression; null: not given
+        const wchar_t* overrideRemoved;
+        bool uncommitted, removed;
+        std::vector<std::string> lines;  // level 3, in order
+    };
+    const wchar_t* T = PLUGIN_RESULT_TRUE;
+    const wchar_t* F = PLUGIN_RESULT_FALSE;
+    const std::vector<Case> cases = {
+        {nullptr,
+         nullptr,
+         nullptr,
+         nullptr,
+         false,
+         false,
+         {"Retrieving the showUncommittedPackages property",
+          "Property showUncommittedPackages not found",
+          "Retrieving the showRemovedPackages property", "Property showRemovedPackages not found",
+          "Skipping uncommitted Tessel packages", "Skipping removed Tessel packages"}},
+        {T,
+         T,
+         nullptr,
+         nullptr,
+         true,
+         true,
+         {"Retrieving the showUncommittedPackages property",
+          "Retrieving the showRemovedPackages property", "Listing uncommitted Tessel packages",
+          "Listing removed Tessel packages"}},
+        {F, T, nullptr, nullptr, false, true, {}},
+        // Only the host's true text counts in the configuration.
+        {L"true", L"yes", nullptr, nullptr, false, false, {}},
+        {T,
+         T,
+         L"false",
+         L"false",
+         false,
+         false,
+         {"Skipping uncommitted Tessel packages", "Skipping removed Tessel packages"}},
+        {nullptr,
+         nullptr,
+         L"true",
+         nullptr,
+         true,
+         false,
+         {"Retrieving the showRemovedPackages property", "Property showRemovedPackages not found",
+          "Listing uncommitted Tessel packages", "Skipping removed Tessel packages"}},
+        {F, F, nullptr, L"true", false, true, {}},
+    };
+    for (const Case& c : cases) {
+        ScopedConfiguration configuration;
+        configuration.set(REG_PLUGIN_PROPERTY_SHOW_UNCOMMITTED_PDX_PKG, c.storedUncommitted)
+            .set(REG_PLUGIN_PROPERTY_SHOW_REMOVED_PDX_PKG, c.storedRemoved);
+        TraceCapture trace;
+        Catalog catalog;
+        bool uncommitted = false;
+        bool removed = false;
+        ASSERT_EQ(catalog.getProperties(configuration.store(), c.overrideUncommitted,
+                                        c.overrideRemoved, &uncommitted, &removed),
+                  0);
+        const std::string label = std::to_string(&c - cases.data());
+        EXPECT_EQ(uncommitted, c.uncommitted) << label;
+        EXPECT_EQ(removed, c.removed) << label;
+        if (!c.lines.empty()) {
+            EXPECT_EQ(trace.sink().messages(3), c.lines) << label;
+        }
+    }
+    // The outputs are only ever raised from the configuration.
+    ScopedConfiguration configuration;
+    Catalog catalog;
+    bool uncommitted = true;
+    bool removed = true;
+    EXPECT_EQ(
+        catalog.getProperties(configuration.store(), nullptr, nullptr, &uncommitted, &removed), 0);
+    EXPECT_TRUE(uncommitted && removed);
+    EXPECT_EQ(catalog.getProperties(configuration.store(), nullptr, nullptr, nullptr, &removed),
+              PluginSDK::ERROR_NULL_ARGUMENT);
+}
+
+TEST(TesselDataProviderTest, GetPropertiesRejectsBrokenRules) {
+    Catalog catalog;
+    bool uncommitted = false;
+    bool removed = false;
+    PluginSDK::Configuration* store = ScopedConfiguration::store();
+    EXPECT_DEATH(catalog.getProperties(store, L"TRUE", nullptr, &uncommitted, &removed),
+                 "isTrue \\|\\| isFalse");
+    EXPECT_DEATH(catalog.getProperties(store, nullptr, L"", &uncommitted, &removed),
+                 "isTrue \\|\\| isFalse");
+    EXPECT_DEATH(catalog.getProperties(nullptr, nullptr, nullptr, &uncommitted, &removed),
+                 "configuration != 0");
+    PluginSDK::Configuration::cleanup(REG_PLUGIN_NAME);
+}
+
+TEST(TesselDataProviderTest, CheckCriteria) {
+    struct Case {
+        const wchar_t* installed;  // null: the field is missing
+        const wchar_t* committed;
+        bool showUncommitted, showRemoved;
+        TErrorCode expected;
+        int matches;  // 0, 1, or -1: left as it was
+    };
+    const TErrorCode kMissing = REG_PLUGIN_ERROR_PROPERTY_NOT_FOUND;
+    const std::vector<Case> cases = {
+        {L"true", L"true", false, false, 0, 1},
+        {L"true", L"false", false, false, 0, 0},
+        {L"true", L"false", true, false, 0, 1},
+        {L"false", L"true", false, false, 0, 0},
+        {L"false", L"true", true, false, 0, 0},
+        {L"false", L"false", false, true, 0, 1},
+        // Anything but "false" counts as installed; only "true" as committed.
+        {L"", L"TRUE", false, false, 0, 0},
+        {L"FALSE", L"true", false, false, 0, 1},
+        // With both flags the fields are not read.
+        {nullptr, nullptr, true, true, 0, 1},
+        {nullptr, L"true", false, false, kMissing, -1},
+        {L"true", nullptr, false, true, kMissing, -1},
+        {L"false", nullptr, false, false, 0, 0},
+    };
+    Catalog catalog;
+    for (const Case& c : cases) {
+        TesselPackage package(L"p.1");
+        if (c.installed != nullptr)
+            package.setProperty(L"isInstalled", c.installed);
+        if (c.committed != nullptr)
+            package.setProperty(L"isCommitted", c.committed);
+        for (const bool before : {false, true}) {
+            bool matches = before;
+            EXPECT_EQ(catalog.checkCriteria(&package, &matches, c.showUncommitted, c.showRemoved),
+                      c.expected)
+                << &c - cases.data();
+            EXPECT_EQ(matches, c.matches < 0 ? before : c.matches == 1) << &c - cases.data();
+        }
+    }
+    bool matches = false;
+    EXPECT_EQ(catalog.checkCriteria(nullptr, &matches, false, true),
+              PluginSDK::ERROR_NULL_ARGUMENT);
+    TesselPackage package(L"p.1");
+    EXPECT_EQ(catalog.checkCriteria(&package, nullptr, true, true), PluginSDK::ERROR_NULL_ARGUMENT);
+}
+
+}  // namespace
+}  // namespace RegPluginTest
