@@ -136,7 +136,7 @@ TEST(InventoryTest, ListsGoodRegistriesAndReportsFailedOnes) {
          {"missing", "NoSuchList", "Info", "unused", {}},
          {"other", "Keys", "Info", "unused", {{"rc", "-13006"}}},
          {"noinfo", "Keys", "NoSuchInfo", "unused", {{"keys", "only"}}},
-         {"extra", "Keys", "Info", "unused", {{"keys", "k3,blank"}}, {"kind", "vendor"}}},
+         {"extra", "Keys", "Info", "unused", {{"keys", "k3,blank"}}, nullptr, {"kind", "vendor"}}},
         names);
 
     EXPECT_EQ(inventory.listedRegistries, 3);
