@@ -87,12 +87,18 @@ std::string defaultPluginPath() {
     std::string::size_type parentEnd = directory.rfind('/', directory.size() - 2);
     std::string parent =
         parentEnd == std::string::npos ? directory + "../" : directory.substr(0, parentEnd + 1);
-    std::string inLib = parent + "lib/" + kLibraryName;
-    std::string beside = directory + kLibraryName;
-    if (access(inLib.c_str(), F_OK) == 0 || access(beside.c_str(), F_OK) != 0) {
-        return inLib;
+    // The build tree, an installed tree, then beside the program.
+    const std::string candidates[] = {
+        parent + "lib/" + kLibraryName,
+        parent + REGSCAN_PLUGIN_INSTALL_DIR + "/" + kLibraryName,
+        directory + kLibraryName,
+    };
+    for (const std::string& candidate : candidates) {
+        if (access(candidate.c_str(), F_OK) == 0) {
+            return candidate;
+        }
     }
-    return beside;
+    return candidates[0];
 }
 
 }  // namespace regscan

@@ -39,9 +39,10 @@ class PluginLibrary {
     PluginSDK::DestroyPluginFunction m_destroy = nullptr;
 };
 
-// The plug-in regscan loads without --plugin: libRegPlugin.so in ../lib relative to
-// the running program when it exists there, else libRegPlugin.so beside the
-// program; the first of the two when neither exists (so the load error names it).
+// The plug-in regscan loads without --plugin, the first that exists of
+// libRegPlugin.so in ../lib relative to the running program (the build tree), in
+// ../LIBDIR/regscan (an installed tree: REGSCAN_PLUGIN_INSTALL_DIR) and beside the
+// program; the first when none exists (so the load error names it).
 std::string defaultPluginPath();
 
 }  // namespace regscan

@@ -52,6 +52,7 @@ TEST(GlobFilterTest, Matches) {
                  {L"a*b*", L"ab", false, true},
                  {L"a*b*", L"ba", false, false},
                  {L"*?*", L"", false, false},
+                 {L"a*c", L"abxbc", false, true},
                  {L"[ab]*", L"A", true, true},
                  // Literals only, literals and a final star, a lone star: matched
                  // without the general walk, with the same answers.

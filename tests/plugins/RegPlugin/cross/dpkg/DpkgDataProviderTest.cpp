@@ -112,6 +112,13 @@ TEST(DpkgDataProviderTest, ParagraphsBecomeInstalledPackages) {
          "Package: lib\n" + kInstalled + "Version: 1\n\nPackage: lib\n" + kInstalled +
              "Version: 2\n",
          {"lib|lib|1|1|-"}},
+        {"fields before the Package line are dropped, Status included",
+         "Version: 0\nDescription: early\nPackage: a\n" + kInstalled + "\n" + kInstalled +
+             "Package: b\nVersion: 1\n",
+         {"a|a|-|-|-"}},
+        {"leading colons are not part of the name",
+         "::Package: a\n:" + kInstalled + ":::Version: 2\n:Description:: d\n",
+         {"a|a|2|2|: d"}},
         {"names match exactly; a description without a version",
          "Packages: x\npackage: z\nPackage: a\n" + kInstalled + "Version 2: 1\nDescription: d\n",
          {"a|a|-|-|d"}},
