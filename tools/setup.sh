@@ -4,10 +4,11 @@
 # the test rpm database), dpkg (dpkg-query), util-linux (unshare) and mount (overlay
 # and tmpfs mounts in a private mount namespace), python3 (tools/make-dpkg-status.py);
 # time (/usr/bin/time) is for the benchmarks; lintian and man-db check the Debian
-# package (tools/package.sh --check).
+# package (tools/package.sh --check); clang and its libFuzzer runtime
+# (libclang-rt-14-dev) build the fuzz harnesses (tools/fuzz.sh).
 set -euo pipefail
 packages=(cmake g++ make libgtest-dev libexpat1-dev nlohmann-json3-dev rpm dpkg time util-linux
-          python3 mount lintian man-db)
+          python3 mount lintian man-db clang libclang-rt-14-dev)
 missing=()
 for p in "${packages[@]}"; do
     dpkg-query -W -f '${Status}' "$p" 2>/dev/null | grep -q ' installed$' || missing+=("$p")

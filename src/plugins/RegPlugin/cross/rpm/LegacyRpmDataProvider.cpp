@@ -1,6 +1,7 @@
 #include "cross/rpm/LegacyRpmDataProvider.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <cwchar>
@@ -608,6 +609,44 @@ TErrorCode LegacyRpmDataProvider::load() {
     stream.finish(buffer, length);
     lines.write(regTrace_);
     return PluginSDK::RESULT_OK;
+}
+
+void LegacyRpmDataProvider::parseOutput(const char* data, std::size_t length,
+                                        std::size_t readSize) {
+    REG_TRACE_SCOPE("LegacyRpmDataProvider::parseOutput()");
+    REG_ASSERT(data != __null || length == 0);
+    MemoryBuffer buffer(kBufferSize, kBufferStep);
+    buffer.zero();
+    DeferredLines lines;
+    RecordReader reader(*this, lines);
+    RecordStream stream(reader);
+    if (readSize == 0) {
+        readSize = length;
+    }
+    // As execCommand reads the pipe: at least one free (zero) byte stays behind
+    // the data.
+    std::size_t offset = 0;
+    for (;;) {
+        if (offset >= buffer.size &&
+            (offset >= UINT32_MAX ||
+             buffer.resize(static_cast<unsigned int>(offset) + 1) == nullptr)) {
+            REG_TRACE(1, "the output does not fit in memory");
+            offset = buffer.size == 0 ? 0 : buffer.size - 1;
+            break;
+        }
+        if (offset == length) {
+            break;
+        }
+        const std::size_t count = std::min({readSize, buffer.size - offset, length - offset});
+        std::memcpy(buffer.data + offset, data + offset, count);
+        offset += count;
+        stream.onOutput(buffer, offset);
+    }
+    if (buffer.data != nullptr) {
+        buffer.data[offset] = 0;
+    }
+    stream.finish(buffer, offset);
+    lines.write(regTrace_);
 }
 
 void LegacyRpmDataProvider::dropPackagesFrom(std::size_t count) {

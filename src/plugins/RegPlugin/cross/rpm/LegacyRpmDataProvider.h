@@ -25,6 +25,13 @@ class LegacyRpmDataProvider : public PreloadedDataProvider {
     // caller's environment (HOME and its ~/.rpmmacros among others).
     TErrorCode load() override;
 
+    // What load() does with the command's output, for `length` bytes already in
+    // memory (tests and the fuzz harness): the bytes are handed to the record parser
+    // in reads of `readSize` bytes (0: all at once) through a buffer that grows as
+    // the command's does, then the rest is read as the last record. The packages are
+    // stored as load() stores them; the cache's load state is not changed.
+    void parseOutput(const char* data, std::size_t length, std::size_t readSize);
+
     // One array field (elements each followed by 0x07) as the text form of a
     // PluginSDK::VectorString, "(none)" elements left out. Newly allocated; the
     // caller frees it with free(). The field is split in place.

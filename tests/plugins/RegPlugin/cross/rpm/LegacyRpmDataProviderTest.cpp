@@ -164,6 +164,38 @@ TEST(LegacyRpmDataProviderTest, LoadsRecords) {
     }
 }
 
+// parseOutput reads output held in memory as load() reads the pipe: whatever the
+// size of each read, records cut at a read's end, a buffer grown past its first
+// 16 KB and a stray zero byte give the packages that load() gives.
+TEST(LegacyRpmDataProviderTest, OutputInMemoryParsesAsTheCommandsOutput) {
+    std::string many;
+    for (int i = 0; i < 300; ++i) {
+        many += plain(
+            "pkg" + std::to_string(i) + "|1." + std::to_string(i) + "|x86_64|1",
+            "/opt/p" + std::to_string(i % 7) + "/bin/\a/opt/p" + std::to_string(i % 7) + "/lib/\a");
+    }
+    const std::string outputs[] = {
+        plain("a|1|noarch|1") + "b\v1\vnoarch\v2\vAcme\v\r" + plain("c|1|noarch|1"),
+        plain("a|1|noarch|1") + std::string("x\0y\v", 5) + plain("d|1|noarch|1"),
+        many,
+        many.substr(0, many.size() - 1),  // the last record without its carriage return
+        "",
+    };
+    const std::string names = "version vendor installDir";
+    for (const std::string& output : outputs) {
+        SCOPED_TRACE("output of " + std::to_string(output.size()) + " bytes");
+        FakeRpm rpm(output);
+        LegacyRpmDataProvider loaded;
+        ASSERT_EQ(loaded.load(), 0);
+        const std::string expected = show(loaded, names, "a-1-1 pkg7-1.7-1");
+        for (const std::size_t readSize : {0, 1, 2, 7, 4096, 20000}) {
+            LegacyRpmDataProvider parsed;
+            parsed.parseOutput(output.data(), output.size(), readSize);
+            EXPECT_EQ(show(parsed, names, "a-1-1 pkg7-1.7-1"), expected) << readSize;
+        }
+    }
+}
+
 // The lines about records come after the command's success, in record order, even
 // though the records are read while the command is still writing.
 TEST(LegacyRpmDataProviderTest, RecordLinesFollowTheCommand) {
