@@ -37,8 +37,10 @@ struct OptionInfo {
 };
 
 const OptionInfo kOptions[] = {
-    {"--plugin", true}, {"--set", true},   {"--trace", true},    {"--trace-file", true},
-    {"--format", true}, {"--help", false}, {"--version", false}, {"--catalog", true},
+    {"--plugin", true},      {"--set", true},     {"--trace", true},
+    {"--trace-file", true},  {"--format", true},  {"--help", false},
+    {"--version", false},    {"--catalog", true}, {"--sbom-timestamp", true},
+    {"--sbom-serial", true}, {"--root", true},    {"--quiet", false},
 };
 
 }  // namespace
@@ -136,8 +138,13 @@ Options parseOptions(const std::vector<std::string>& args) {
                 options.format = InventoryFormat::Json;
             } else if (value == "csv") {
                 options.format = InventoryFormat::Csv;
+            } else if (value == "cyclonedx") {
+                options.format = InventoryFormat::CycloneDx;
+            } else if (value == "spdx") {
+                options.format = InventoryFormat::Spdx;
             } else {
-                throw UsageError("--format takes table, json or csv, not '" + value + "'");
+                throw UsageError("--format takes table, json, csv, cyclonedx or spdx, not '" +
+                                 value + "'");
             }
             formatGiven = true;
         } else if (name == "--catalog") {
@@ -145,6 +152,17 @@ Options parseOptions(const std::vector<std::string>& args) {
                 throw UsageError("--catalog needs a path");
             }
             options.catalogFile = value;
+        } else if (name == "--sbom-timestamp") {
+            options.sbomTimestamp = value;
+        } else if (name == "--sbom-serial") {
+            options.sbomSerial = value;
+        } else if (name == "--root") {
+            if (value.empty()) {
+                throw UsageError("--root needs a directory");
+            }
+            options.rootDir = value;
+        } else if (name == "--quiet") {
+            options.quiet = true;
         } else if (name == "--help") {
             options.help = true;
         } else if (name == "--version") {
@@ -201,6 +219,10 @@ Options parseOptions(const std::vector<std::string>& args) {
     }
     if (formatGiven && options.command != Command::Inventory && options.command != Command::Match) {
         throw UsageError("--format applies to inventory and match only");
+    }
+    if (options.command == Command::Match &&
+        (options.format == InventoryFormat::CycloneDx || options.format == InventoryFormat::Spdx)) {
+        throw UsageError("--format cyclonedx and spdx apply to inventory only");
     }
     if (!options.catalogFile.empty() && options.command != Command::Match) {
         throw UsageError("--catalog applies to match only");

@@ -20,7 +20,9 @@ enum ExitStatus {
 };
 
 enum class Command { None, Names, Eval, Batch, Inventory, Match };
-enum class InventoryFormat { Table, Json, Csv };  // also the formats of match
+// Table, Json and Csv are also the formats of match; the two SBOM formats are the
+// inventory's only.
+enum class InventoryFormat { Table, Json, Csv, CycloneDx, Spdx };
 
 typedef std::vector<std::pair<std::string, std::string>> PropertyList;
 
@@ -42,6 +44,12 @@ struct Options {
     std::string batchFile;
     InventoryFormat format = InventoryFormat::Table;
     std::string catalogFile;  // match
+    // inventory --format cyclonedx|spdx: fixed document timestamp and serial number
+    // (empty: the current time, a random serial), so that output can be compared.
+    std::string sbomTimestamp;
+    std::string sbomSerial;
+    std::string rootDir;  // --root DIR: answer for the system mounted at DIR
+    bool quiet = false;   // --quiet: no progress on a terminal
 };
 
 // A command line that cannot be run; what() says what is wrong.

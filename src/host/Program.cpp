@@ -15,6 +15,8 @@
 #include "Options.h"
 #include "OutputFormats.h"
 #include "PluginLibrary.h"
+#include "RootView.h"
+#include "Sbom.h"
 #include "base/Utf8.h"
 #include "trace/Tracer.h"
 
@@ -110,6 +112,12 @@ int runInventory(PluginSDK::Plugin& plugin, const Options& options, const CodeNa
         case InventoryFormat::Csv:
             writeCsv(out, inventory.records);
             break;
+        case InventoryFormat::CycloneDx:
+            writeCycloneDx(out, inventory.records, {options.sbomTimestamp, options.sbomSerial});
+            break;
+        case InventoryFormat::Spdx:
+            writeSpdx(out, inventory.records, {options.sbomTimestamp, options.sbomSerial});
+            break;
     }
     out.flush();
     return inventory.listedRegistries > 0 ? EXIT_STATUS_OK : EXIT_STATUS_CODE;
@@ -162,6 +170,8 @@ int runMatchCommand(PluginSDK::Plugin& plugin, const Options& options, const Cod
             writeMatchJson(out, report, names);
             break;
         case InventoryFormat::Csv:
+        case InventoryFormat::CycloneDx:  // refused by the option parser
+        case InventoryFormat::Spdx:
             writeMatchCsv(out, report, names);
             break;
     }
@@ -210,6 +220,7 @@ int runProgram(const std::vector<std::string>& args, std::istream& in, std::ostr
     if (options.version) {
         out << "regscan " << kRegscanVersion << '\n';
     }
+    // The plug-in is loaded from this machine, before the view of the root is made.
     std::string path = options.pluginPath.empty() ? defaultPluginPath() : options.pluginPath;
     std::string loadError;
     std::unique_ptr<PluginLibrary> library = PluginLibrary::open(path, loadError);
@@ -224,6 +235,13 @@ int runProgram(const std::vector<std::string>& args, std::istream& in, std::ostr
             << library->path() << ")\n";
         if (options.command == Command::None) {
             return EXIT_STATUS_OK;
+        }
+    }
+
+    if (!options.rootDir.empty()) {
+        int status = enterRoot(options.rootDir, err);
+        if (status != 0) {
+            return status;
         }
     }
 
