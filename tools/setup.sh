@@ -7,7 +7,7 @@
 # package (tools/package.sh --check); clang and its libFuzzer runtime
 # (libclang-rt-14-dev) build the fuzz harnesses (tools/fuzz.sh).
 set -euo pipefail
-packages=(cmake g++ make libgtest-dev libexpat1-dev nlohmann-json3-dev rpm dpkg time util-linux
+packages=(cmake g++ make libgtest-dev libexpat1-dev nlohmann-json3-dev libcli11-dev rpm dpkg time util-linux
           python3 mount lintian man-db clang libclang-rt-14-dev)
 missing=()
 for p in "${packages[@]}"; do

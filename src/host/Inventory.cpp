@@ -91,9 +91,13 @@ std::string failureReason(const RegistrySource& source, const Evaluation& list,
 }  // namespace
 
 Inventory collectInventory(PluginSDK::Plugin& plugin, const std::vector<RegistrySource>& registries,
-                           const CodeNames& names) {
+                           const CodeNames& names, const ProgressCallback& progress) {
     Inventory inventory;
     for (const RegistrySource& source : registries) {
+        const std::string what = std::string("reading ") + source.registry;
+        if (progress) {
+            progress(what, 0, 0);
+        }
         Evaluation list = evaluateExpression(plugin, source.listExpression, source.listProperties);
         if (list.kind != Evaluation::Kind::Vector || list.code != 0) {
             RegistryFailure failure;
@@ -113,7 +117,11 @@ Inventory collectInventory(PluginSDK::Plugin& plugin, const std::vector<Registry
         // before each evaluation.
         ExpressionHandle info(plugin, source.infoExpression);
         inventory.records.reserve(inventory.records.size() + list.keys.size());
+        std::size_t done = 0;
         for (std::string& key : list.keys) {
+            if (progress) {
+                progress(what, ++done, list.keys.size());
+            }
             InventoryRecord record;
             record.registry = source.registry;
             std::pair<const char*, std::string*> fields[] = {

@@ -11,6 +11,7 @@
 #include "Options.h"
 #include "PluginSDK/Plugin.h"
 #include "PluginSDK/Types.h"
+#include "Progress.h"
 
 namespace regscan {
 
@@ -70,8 +71,9 @@ struct Inventory {
 // Info expression with "code" = key and "field" = name, version, vendor, installDir,
 // description. A failed List is recorded in `failures` and the other registries
 // are still listed; a failed Info leaves its cell empty. `names` describes codes.
+// `progress`, when given, hears of each registry and of the packages read.
 Inventory collectInventory(PluginSDK::Plugin& plugin, const std::vector<RegistrySource>& registries,
-                           const CodeNames& names);
+                           const CodeNames& names, const ProgressCallback& progress = {});
 
 }  // namespace regscan
 

@@ -131,14 +131,22 @@ std::vector<Signature> readCatalog(std::istream& in) {
     return signatures;
 }
 
-MatchReport runMatch(PluginSDK::Plugin& plugin, const std::vector<Signature>& catalog) {
+MatchReport runMatch(PluginSDK::Plugin& plugin, const std::vector<Signature>& catalog,
+                     const ProgressCallback& progress) {
     plugin.setProperty(L"listUnmatchedSoftware", PLUGIN_RESULT_TRUE);
     MatchReport report;
     report.signatures.reserve(catalog.size());
     // One expression serves every signature; "ignoreCase" is removed where a
     // signature has none.
     ExpressionHandle expression(plugin, "PackageInfoMatch");
+    std::size_t done = 0;
     for (const Signature& signature : catalog) {
+        if (progress) {
+            // Before the evaluation: the first one reads every registry.
+            progress(done == 0 ? "reading the registries" : "evaluating signatures", done,
+                     catalog.size());
+        }
+        ++done;
         SignatureResult result;
         result.signature = signature;
         if (signature.problem.empty()) {
@@ -156,6 +164,9 @@ MatchReport runMatch(PluginSDK::Plugin& plugin, const std::vector<Signature>& ca
                                 evaluation.scalar == Utf8::encode(PLUGIN_RESULT_TRUE);
         }
         report.signatures.push_back(std::move(result));
+    }
+    if (progress) {
+        progress("listing unrecognised software", 0, 0);
     }
     report.unknown = listUnknownSoftware(plugin);
     for (const UnknownPackage& package : report.unknown.packages) {

@@ -17,6 +17,7 @@
 #include "Options.h"
 #include "PluginSDK/Plugin.h"
 #include "PluginSDK/Types.h"
+#include "Progress.h"
 
 namespace regscan {
 
@@ -60,9 +61,10 @@ struct MatchReport {
 };
 
 // Turns "listUnmatchedSoftware" on, evaluates every good signature in catalog order
-// and then walks the unknown-software iterator. `progress`, when given, is called
-// after each signature with the number done.
-MatchReport runMatch(PluginSDK::Plugin& plugin, const std::vector<Signature>& catalog);
+// and then walks the unknown-software iterator. `progress`, when given, hears of
+// each signature evaluated (the first one loads the registries) and of the walk.
+MatchReport runMatch(PluginSDK::Plugin& plugin, const std::vector<Signature>& catalog,
+                     const ProgressCallback& progress = {});
 
 // The report for people: the signatures with recognised yes / no / error / invalid,
 // then the unrecognised packages, then one line per registry whose packages carry no

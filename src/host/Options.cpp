@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cctype>
 
+#include <CLI/CLI.hpp>
+
 #include "PluginSDK/PluginResult.h"
 #include "base/Utf8.h"
 
@@ -64,212 +66,193 @@ std::string configurationValue(const std::string& name, const std::string& value
     return value;
 }
 
+namespace {
+
+const char* const kExitStatusText =
+    "Exit status: 0 success; 1 batch input had bad lines, or catalog entries were\n"
+    "invalid; 2 usage error (also: the catalog cannot be read, the --root view\n"
+    "cannot be made); 3 the plug-in answered with an error code (inventory: no\n"
+    "registry could be listed); 4 the plug-in cannot be loaded; 5 internal error.\n";
+
+// The command line's grammar. Options of the whole program may also follow the
+// command word (fallthrough); a command's own options only follow it.
+class CommandLine {
+  public:
+    explicit CommandLine(Options& options) : options_(options) {
+        app_.description(
+            "Lists and evaluates the software inventory of this machine (or of a\n"
+            "system mounted at --root) through the RegPlugin plug-in.");
+        app_.footer(kExitStatusText);
+        app_.fallthrough();
+        app_.get_formatter()->column_width(24);
+        app_.require_subcommand(0, 1);
+        app_.set_help_flag("-h,--help", "show this text (after a command: the command's)");
+        app_.add_option("--plugin", options_.pluginPath,
+                        "the plug-in library (default: lib/regscan/ of the\n"
+                        "installation, or ../lib/ beside the program)")
+            ->type_name("PATH")
+            ->check(nonEmpty("--plugin needs a path"));
+        app_.add_option("--set", settings_,
+                        "set a plug-in configuration property (repeatable);\n"
+                        "truth values: true/yes/1, false/no/0, in any case")
+            ->type_name("NAME=VALUE")
+            ->allow_extra_args(false);
+        app_.add_option("--trace", options_.traceLevel,
+                        "write trace lines up to LEVEL (1 failures, 2 warnings,\n3 information)")
+            ->type_name("LEVEL")
+            ->check(traceLevel());
+        app_.add_option("--trace-file", options_.traceFile,
+                        "append trace lines to PATH (default: standard error)")
+            ->type_name("PATH")
+            ->check(nonEmpty("--trace-file needs a path"));
+        app_.add_option("--root", options_.rootDir,
+                        "answer for the system mounted at DIR (an image or an\nunpacked container "
+                        "root); never runs its programs")
+            ->type_name("DIR")
+            ->check(nonEmpty("--root needs a directory"));
+        app_.add_flag("--quiet", options_.quiet, "no progress lines on a terminal");
+        app_.add_flag("--version", options_.version,
+                      "show the versions of regscan and of the plug-in");
+
+        CLI::App* names =
+            app_.add_subcommand("names", "the plug-in's expression names, one a line");
+        names->callback([this] { options_.command = Command::Names; });
+
+        CLI::App* eval =
+            app_.add_subcommand("eval", "evaluate one expression with the given properties");
+        eval->add_option("NAME", options_.expressionName, "the expression's name")->required();
+        eval->add_option("PROPERTY", properties_, "the expression's properties, NAME=VALUE");
+        eval->callback([this] { options_.command = Command::Eval; });
+
+        CLI::App* batch =
+            app_.add_subcommand("batch", "answer JSON requests, one a line, from FILE or stdin");
+        batch->add_option("FILE", options_.batchFile, "the requests");
+        batch->callback([this, batch] {
+            options_.command = Command::Batch;
+            options_.batchFromFile = batch->count("FILE") > 0;
+        });
+
+        CLI::App* inventory =
+            app_.add_subcommand("inventory", "list the packages of every known registry");
+        inventory->footer(
+            "The Tessel catalog is listed only with --set pdxDirectory=DIR (the product\n"
+            "directory); its uncommitted and removed packages only with --set\n"
+            "showUncommittedPackages=true and --set showRemovedPackages=true. Its state\n"
+            "fields (isInstalled, isCommitted, backupState, rebootRequired, isDiscovered,\n"
+            "isHidden, errorState, uninstData), and an Orlo product's kind and TAG_FILE,\n"
+            "appear in json output only. cyclonedx and spdx write a software bill of\n"
+            "materials (CycloneDX 1.5 JSON, SPDX 2.3 JSON).");
+        addFormat(inventory, {"table", "json", "csv", "cyclonedx", "spdx"});
+        inventory->add_option("--sbom-timestamp", options_.sbomTimestamp,
+                              "the SBOM's creation time (default: now), "
+                              "e.g.\n2026-01-01T00:00:00Z, so that output can be compared");
+        inventory->add_option("--sbom-serial", options_.sbomSerial,
+                              "the SBOM's serial number, a UUID (default: a random one)");
+        inventory->callback([this] { options_.command = Command::Inventory; });
+
+        CLI::App* match =
+            app_.add_subcommand("match",
+                                "recognise software by a catalog of signatures, then list\n"
+                                "the packages that no signature recognised");
+        match->footer(
+            "The catalog is a JSON array of objects {\"id\", \"vendor\", \"name\",\n"
+            "\"version\", \"ignoreCase\"}; vendor, name and version are glob patterns,\n"
+            "each signature evaluated as PackageInfoMatch.");
+        match->add_option("--catalog", options_.catalogFile, "the signatures")
+            ->type_name("FILE")
+            ->required()
+            ->check(nonEmpty("--catalog needs a path"));
+        addFormat(match, {"table", "json", "csv"});
+        match->callback([this] { options_.command = Command::Match; });
+    }
+
+    void parse(const std::vector<std::string>& args) {
+        // CLI11 takes the arguments last first.
+        std::vector<std::string> reversed(args.rbegin(), args.rend());
+        try {
+            app_.parse(reversed);
+        } catch (const CLI::CallForHelp&) {
+            options_.help = true;
+            options_.helpText = app_.help();
+            return;
+        } catch (const CLI::ParseError& e) {
+            throw UsageError(e.what());
+        }
+        options_.traceFileGiven = app_.count("--trace-file") > 0;
+        for (const std::string& setting : settings_) {
+            std::pair<std::string, std::string> pair = splitAssignment(setting, "--set");
+            options_.settings.emplace_back(pair.first, configurationValue(pair.first, pair.second));
+        }
+        for (const std::string& property : properties_) {
+            options_.properties.push_back(splitAssignment(property, "a property"));
+        }
+        if (options_.command == Command::None && !options_.version) {
+            throw UsageError("no command given");
+        }
+    }
+
+  private:
+    static CLI::Validator nonEmpty(const std::string& message) {
+        return CLI::Validator(
+            [message](std::string& value) { return value.empty() ? message : std::string(); }, "");
+    }
+
+    static CLI::Validator traceLevel() {
+        return CLI::Validator(
+            [](std::string& value) {
+                return value == "1" || value == "2" || value == "3"
+                           ? std::string()
+                           : "--trace takes a level from 1 to 3, not '" + value + "'";
+            },
+            "");
+    }
+
+    void addFormat(CLI::App* command, const std::vector<std::string>& formats) {
+        std::string list;
+        for (const std::string& format : formats) {
+            list += (list.empty() ? "" : "|") + format;
+        }
+        command
+            ->add_option_function<std::string>(
+                "--format",
+                [this](const std::string& value) {
+                    static const std::pair<const char*, InventoryFormat> kFormats[] = {
+                        {"table", InventoryFormat::Table},
+                        {"json", InventoryFormat::Json},
+                        {"csv", InventoryFormat::Csv},
+                        {"cyclonedx", InventoryFormat::CycloneDx},
+                        {"spdx", InventoryFormat::Spdx},
+                    };
+                    for (const auto& format : kFormats) {
+                        if (value == format.first) {
+                            options_.format = format.second;
+                        }
+                    }
+                },
+                "the output format (default: table)")
+            ->type_name(list)
+            ->check(CLI::IsMember(formats).description(""));
+    }
+
+    Options& options_;
+    CLI::App app_{"", "regscan"};
+    std::vector<std::string> settings_;
+    std::vector<std::string> properties_;
+};
+
+}  // namespace
+
 Options parseOptions(const std::vector<std::string>& args) {
     Options options;
-    std::vector<std::string> positional;
-    bool formatGiven = false;
-    bool optionsEnded = false;
-
-    for (std::size_t i = 0; i < args.size(); ++i) {
-        const std::string& arg = args[i];
-        if (optionsEnded || arg.size() < 2 || arg[0] != '-') {
-            positional.push_back(arg);
-            continue;
-        }
-        if (arg == "--") {
-            optionsEnded = true;
-            continue;
-        }
-        if (arg == "-h") {
-            options.help = true;
-            continue;
-        }
-        std::string name = arg;
-        std::string value;
-        bool inlineValue = false;
-        std::string::size_type equals = arg.find('=');
-        if (arg.compare(0, 2, "--") == 0 && equals != std::string::npos) {
-            name = arg.substr(0, equals);
-            value = arg.substr(equals + 1);
-            inlineValue = true;
-        }
-        const OptionInfo* info = nullptr;
-        for (const OptionInfo& candidate : kOptions) {
-            if (name == candidate.name) {
-                info = &candidate;
-            }
-        }
-        if (info == nullptr) {
-            throw UsageError("unknown option '" + name + "'");
-        }
-        if (info->takesValue && !inlineValue) {
-            if (i + 1 >= args.size()) {
-                throw UsageError("option " + name + " needs a value");
-            }
-            value = args[++i];
-        } else if (!info->takesValue && inlineValue) {
-            throw UsageError("option " + name + " takes no value");
-        }
-
-        if (name == "--plugin") {
-            if (value.empty()) {
-                throw UsageError("--plugin needs a path");
-            }
-            options.pluginPath = value;
-        } else if (name == "--set") {
-            std::pair<std::string, std::string> setting = splitAssignment(value, "--set");
-            options.settings.emplace_back(setting.first,
-                                          configurationValue(setting.first, setting.second));
-        } else if (name == "--trace") {
-            if (value != "1" && value != "2" && value != "3") {
-                throw UsageError("--trace takes a level from 1 to 3, not '" + value + "'");
-            }
-            options.traceLevel = value[0] - '0';
-        } else if (name == "--trace-file") {
-            if (value.empty()) {
-                throw UsageError("--trace-file needs a path");
-            }
-            options.traceFileGiven = true;
-            options.traceFile = value;
-        } else if (name == "--format") {
-            if (value == "table") {
-                options.format = InventoryFormat::Table;
-            } else if (value == "json") {
-                options.format = InventoryFormat::Json;
-            } else if (value == "csv") {
-                options.format = InventoryFormat::Csv;
-            } else if (value == "cyclonedx") {
-                options.format = InventoryFormat::CycloneDx;
-            } else if (value == "spdx") {
-                options.format = InventoryFormat::Spdx;
-            } else {
-                throw UsageError("--format takes table, json, csv, cyclonedx or spdx, not '" +
-                                 value + "'");
-            }
-            formatGiven = true;
-        } else if (name == "--catalog") {
-            if (value.empty()) {
-                throw UsageError("--catalog needs a path");
-            }
-            options.catalogFile = value;
-        } else if (name == "--sbom-timestamp") {
-            options.sbomTimestamp = value;
-        } else if (name == "--sbom-serial") {
-            options.sbomSerial = value;
-        } else if (name == "--root") {
-            if (value.empty()) {
-                throw UsageError("--root needs a directory");
-            }
-            options.rootDir = value;
-        } else if (name == "--quiet") {
-            options.quiet = true;
-        } else if (name == "--help") {
-            options.help = true;
-        } else if (name == "--version") {
-            options.version = true;
-        }
-    }
-
-    if (positional.empty()) {
-        if (options.help || options.version) {
-            return options;
-        }
-        throw UsageError("no command given");
-    }
-    const std::string& command = positional[0];
-    std::size_t extra = positional.size() - 1;
-    if (command == "names") {
-        options.command = Command::Names;
-        if (extra != 0) {
-            throw UsageError("names takes no arguments");
-        }
-    } else if (command == "eval") {
-        options.command = Command::Eval;
-        if (extra == 0) {
-            throw UsageError("eval needs an expression name");
-        }
-        options.expressionName = positional[1];
-        for (std::size_t i = 2; i < positional.size(); ++i) {
-            options.properties.push_back(splitAssignment(positional[i], "a property"));
-        }
-    } else if (command == "batch") {
-        options.command = Command::Batch;
-        if (extra > 1) {
-            throw UsageError("batch takes at most one file");
-        }
-        if (extra == 1) {
-            options.batchFromFile = true;
-            options.batchFile = positional[1];
-        }
-    } else if (command == "inventory") {
-        options.command = Command::Inventory;
-        if (extra != 0) {
-            throw UsageError("inventory takes no arguments");
-        }
-    } else if (command == "match") {
-        options.command = Command::Match;
-        if (extra != 0) {
-            throw UsageError("match takes no arguments; the catalog comes with --catalog FILE");
-        }
-        if (options.catalogFile.empty()) {
-            throw UsageError("match needs --catalog FILE");
-        }
-    } else {
-        throw UsageError("unknown command '" + command + "'");
-    }
-    if (formatGiven && options.command != Command::Inventory && options.command != Command::Match) {
-        throw UsageError("--format applies to inventory and match only");
-    }
-    if (options.command == Command::Match &&
-        (options.format == InventoryFormat::CycloneDx || options.format == InventoryFormat::Spdx)) {
-        throw UsageError("--format cyclonedx and spdx apply to inventory only");
-    }
-    if (!options.catalogFile.empty() && options.command != Command::Match) {
-        throw UsageError("--catalog applies to match only");
-    }
+    CommandLine(options).parse(args);
     return options;
 }
 
 std::string usageText() {
-    return "usage: regscan [OPTIONS] COMMAND [ARGUMENTS]\n"
-           "\n"
-           "Commands:\n"
-           "  names                       the plug-in's expression names, one a line\n"
-           "  eval NAME [PROP=VALUE ...]  evaluate one expression with the given properties\n"
-           "  batch [FILE]                answer JSON requests, one a line (standard input\n"
-           "                              without FILE)\n"
-           "  inventory [--format table|json|csv]\n"
-           "                              list the packages of every known registry; the\n"
-           "                              Tessel catalog only with --set pdxDirectory=DIR\n"
-           "                              (the product directory), its uncommitted and\n"
-           "                              removed packages only with --set\n"
-           "                              showUncommittedPackages=true and\n"
-           "                              showRemovedPackages=true, and its state fields\n"
-           "                              (isInstalled, isCommitted, backupState, ...) in\n"
-           "                              json output\n"
-           "  match --catalog FILE [--format table|json|csv]\n"
-           "                              evaluate every signature of FILE (a JSON array of\n"
-           "                              {\"id\", \"vendor\", \"name\", \"version\",\n"
-           "                              \"ignoreCase\"} glob patterns) as PackageInfoMatch, "
-           "then\n"
-           "                              list the packages that no signature recognised\n"
-           "\n"
-           "Options:\n"
-           "  --plugin PATH        the plug-in library (default: ../lib/libRegPlugin.so\n"
-           "                       beside the program, then libRegPlugin.so beside it)\n"
-           "  --set NAME=VALUE     set a plug-in configuration property (repeatable); for\n"
-           "                       truth-valued properties true/yes/1 and false/no/0 are\n"
-           "                       accepted in any case\n"
-           "  --trace LEVEL        write trace lines of level 1 to 3 (1 failures, 2 warnings,\n"
-           "                       3 information)\n"
-           "  --trace-file PATH    append trace lines to PATH (default: standard error)\n"
-           "  --help               show this text\n"
-           "  --version            show the versions of regscan and of the plug-in\n"
-           "\n"
-           "Exit status: 0 success; 1 batch input had bad lines, or catalog entries were\n"
-           "invalid; 2 usage error (also: the catalog cannot be read); 3 the plug-in\n"
-           "answered with an error code (inventory: no registry could be listed); 4 the\n"
-           "plug-in cannot be loaded; 5 internal error.\n";
+    Options options;
+    CommandLine line(options);
+    line.parse({"--help"});
+    return options.helpText;
 }
 
 }  // namespace regscan

@@ -35,6 +35,7 @@ struct Options {
     bool traceFileGiven = false;
     std::string traceFile;
     bool help = false;
+    std::string helpText;  // with help: the text of the program or of its command
     bool version = false;
 
     Command command = Command::None;
@@ -58,10 +59,11 @@ class UsageError : public std::runtime_error {
     explicit UsageError(const std::string& message) : std::runtime_error(message) {}
 };
 
-// Parses the arguments that follow the program name. Options may come before or
-// after the command word; "--" ends option processing. Both "--opt VALUE" and
-// "--opt=VALUE" are accepted. Throws UsageError; with --help or --version the
-// command may be missing.
+// Parses the arguments that follow the program name. The program's options may come
+// before or after the command word, a command's own options (--format, --catalog,
+// ...) after it; "--" ends option processing. Both "--opt VALUE" and "--opt=VALUE"
+// are accepted. Throws UsageError; with --help or --version the command may be
+// missing.
 Options parseOptions(const std::vector<std::string>& args);
 
 // True for the plug-in's five truth-valued configuration properties.
@@ -73,7 +75,7 @@ bool isTruthProperty(const std::string& name);
 // that the plug-in's own rejection shows.
 std::string configurationValue(const std::string& name, const std::string& value);
 
-// The usage text printed by --help and, shortened, after a usage error.
+// The program's --help text.
 std::string usageText();
 
 }  // namespace regscan

@@ -1,6 +1,7 @@
 #include "Program.h"
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
@@ -15,6 +16,7 @@
 #include "Options.h"
 #include "OutputFormats.h"
 #include "PluginLibrary.h"
+#include "Progress.h"
 #include "RootView.h"
 #include "Sbom.h"
 #include "base/Utf8.h"
@@ -95,10 +97,19 @@ int runBatch(PluginSDK::Plugin& plugin, const Options& options, std::istream& in
     return session.run(file, out);
 }
 
+// Progress goes to standard error, when it is a terminal, unless --quiet was given
+// or trace lines are written there.
+bool showProgress(const Options& options) {
+    return !options.quiet && !(options.traceLevel > 0 && !options.traceFileGiven);
+}
+
 int runInventory(PluginSDK::Plugin& plugin, const Options& options, const CodeNames& names,
                  std::ostream& out, std::ostream& err) {
+    ProgressLine progress(STDERR_FILENO, showProgress(options));
     Inventory inventory =
-        collectInventory(plugin, configuredRegistries(knownRegistries(), options.settings), names);
+        collectInventory(plugin, configuredRegistries(knownRegistries(), options.settings), names,
+                         progress.callback());
+    progress.clear();
     for (const RegistryFailure& failure : inventory.failures) {
         err << failure.message << '\n';
     }
@@ -150,7 +161,9 @@ int runMatchCommand(PluginSDK::Plugin& plugin, const Options& options, const Cod
             invalid = true;
         }
     }
-    MatchReport report = runMatch(plugin, catalog);
+    ProgressLine progress(STDERR_FILENO, showProgress(options));
+    MatchReport report = runMatch(plugin, catalog, progress.callback());
+    progress.clear();
     bool failed = !report.unknown.available || report.unknown.initCode != 0;
     for (const SignatureResult& result : report.signatures) {
         if (result.evaluated && result.code != 0) {
@@ -192,13 +205,13 @@ int runProgram(const std::vector<std::string>& args, std::istream& in, std::ostr
     } catch (const UsageError& e) {
         err << "regscan: " << e.what() << "\n"
             << "usage: regscan [OPTIONS] names | eval NAME [PROP=VALUE ...] | batch [FILE] |\n"
-            << "       inventory [--format table|json|csv] |\n"
+            << "       inventory [--format table|json|csv|cyclonedx|spdx] |\n"
             << "       match --catalog FILE [--format table|json|csv]\n"
-            << "Try 'regscan --help' for more.\n";
+            << "Try 'regscan --help' or 'regscan COMMAND --help' for more.\n";
         return EXIT_STATUS_USAGE;
     }
     if (options.help) {
-        out << usageText();
+        out << options.helpText;
         return EXIT_STATUS_OK;
     }
 

@@ -63,7 +63,7 @@ TEST(OptionsTest, UsageErrors) {
          {"", "--trace 2", "frobnicate", "names extra", "eval", "eval X noequals", "eval X =v",
           "inventory --format xml", "--format csv names", "--set novalue names", "--trace 4 names",
           "--plugin= names", "--trace-file= names", "names --plugin", "--unknown names",
-          "--help=yes", "batch a b"}) {
+          "--version=maybe", "batch a b", "match", "match --catalog c --format spdx"}) {
         std::istringstream words(line);
         std::vector<std::string> args{std::istream_iterator<std::string>(words), {}};
         EXPECT_THROW(parseOptions(args), regscan::UsageError) << "[" << line << "]";
