@@ -252,7 +252,7 @@ int runProgram(const std::vector<std::string>& args, std::istream& in, std::ostr
     }
 
     if (!options.rootDir.empty()) {
-        int status = enterRoot(options.rootDir, err);
+        int status = enterRoot(options, err);
         if (status != 0) {
             return status;
         }

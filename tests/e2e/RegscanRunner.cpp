@@ -87,7 +87,7 @@ RunResult runRegscan(const std::vector<std::string>& args, const RunOptions& opt
         }
         command += " " + inNamespace(dir, tops, options.setup);
     }
-    command += " " + quote(REGSCAN_PROGRAM_PATH);
+    command += " " + options.prefix + " " + quote(REGSCAN_PROGRAM_PATH);
     for (const std::string& arg : args) {
         command += " " + quote(arg);
     }

@@ -23,6 +23,8 @@ struct RunOptions {
     // Shell commands run inside the namespace before regscan starts (after the
     // overlays are mounted), e.g. "mount -t tmpfs tmpfs /var/lib/dpkg".
     std::vector<std::string> setup;
+    // Shell words put before the program, e.g. "timeout 30" or a setpriv command.
+    std::string prefix;
 };
 
 struct RunResult {
