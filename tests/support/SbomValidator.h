@@ -28,7 +28,9 @@ inline std::string sbomValidatorPython() {
     return python;
 }
 
-inline bool sbomValidatorAvailable() { return !sbomValidatorPython().empty(); }
+inline bool sbomValidatorAvailable() {
+    return !sbomValidatorPython().empty();
+}
 
 struct SbomVerdict {
     int status = -1;     // 0 valid, 1 invalid, anything else: the validator did not run
