@@ -216,22 +216,20 @@ TEST_F(SbomInventoryTest, RegistryFixturesGiveValidDocuments) {
     EXPECT_GE(registries.size(), 5u);
 }
 
+// The value's form is checked before any registry is read.
 TEST_F(SbomInventoryTest, BadTimestampOrSerialIsAUsageError) {
     struct Case {
-        const char *option, *value, *message;
-    } cases[] = {
-        {"--sbom-timestamp", "yesterday", "--sbom-timestamp wants a UTC time"},
-        {"--sbom-timestamp", "2026-11-23T10:00:00+01:00", "--sbom-timestamp wants a UTC time"},
-        {"--sbom-serial", "42", "--sbom-serial wants a UUID"},
-    };
+        const char *format, *option, *value;
+    } cases[] = {{"cyclonedx", "--sbom-timestamp", "2026-11-23T10:00:00+01:00"},
+                 {"spdx", "--sbom-serial", "42"}};
     for (const Case& c : cases) {
-        for (const char* format : {"cyclonedx", "spdx"}) {
-            e2e::RunResult result =
-                e2e::runRegscan({"inventory", "--format", format, c.option, c.value});
-            EXPECT_EQ(result.exitStatus, 2) << c.value;
-            EXPECT_NE(result.err.find(c.message), std::string::npos) << result.err;
-            EXPECT_EQ(result.out, "") << c.value;
-        }
+        e2e::RunResult result =
+            e2e::runRegscan({"inventory", "--format", c.format, c.option, c.value, "--trace", "3"});
+        EXPECT_EQ(result.exitStatus, 2) << c.value;
+        EXPECT_EQ(result.err.rfind(std::string("regscan: ") + c.option + " wants a", 0), 0u)
+            << result.err;
+        EXPECT_EQ(e2e::lines(result.err).size(), 1u) << result.err;
+        EXPECT_EQ(result.out, "") << c.value;
     }
 }
 
