@@ -105,10 +105,21 @@ bool showProgress(const Options& options) {
 
 int runInventory(PluginSDK::Plugin& plugin, const Options& options, const CodeNames& names,
                  std::ostream& out, std::ostream& err) {
+    const bool sbom =
+        options.format == InventoryFormat::CycloneDx || options.format == InventoryFormat::Spdx;
+    const SbomSettings sbomSettings = {options.sbomTimestamp, options.sbomSerial};
+    if (sbom) {
+        std::string problem = checkSbomSettings(sbomSettings);
+        if (!problem.empty()) {
+            err << "regscan: " << problem << '\n';
+            return EXIT_STATUS_USAGE;
+        }
+    }
+    std::vector<RegistrySource> registries =
+        configuredRegistries(knownRegistries(), options.settings);
     ProgressLine progress(STDERR_FILENO, showProgress(options));
-    Inventory inventory =
-        collectInventory(plugin, configuredRegistries(knownRegistries(), options.settings), names,
-                         progress.callback());
+    Inventory inventory = collectInventory(plugin, sbom ? withSbomFields(registries) : registries,
+                                           names, progress.callback());
     progress.clear();
     for (const RegistryFailure& failure : inventory.failures) {
         err << failure.message << '\n';
@@ -124,10 +135,10 @@ int runInventory(PluginSDK::Plugin& plugin, const Options& options, const CodeNa
             writeCsv(out, inventory.records);
             break;
         case InventoryFormat::CycloneDx:
-            writeCycloneDx(out, inventory.records, {options.sbomTimestamp, options.sbomSerial});
+            writeCycloneDx(out, inventory.records, sbomSettings);
             break;
         case InventoryFormat::Spdx:
-            writeSpdx(out, inventory.records, {options.sbomTimestamp, options.sbomSerial});
+            writeSpdx(out, inventory.records, sbomSettings);
             break;
     }
     out.flush();
