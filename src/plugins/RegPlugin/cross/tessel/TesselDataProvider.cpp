@@ -1,6 +1,7 @@
 #include "cross/tessel/TesselDataProvider.h"
 
 #include <algorithm>
+#include <cstring>
 #include <cwchar>
 #include <map>
 #include <memory>
@@ -10,6 +11,7 @@
 
 #include "PluginSDK/PluginResult.h"
 #include "RegPluginConstants.h"
+#include "base/Utf8.h"
 #include "common/PluginTrace.h"
 #include "cross/tessel/TesselPackage.h"
 
@@ -23,67 +25,9 @@ const wchar_t kListCommand[] = L"pdxcat -p";
 const std::size_t kIdLength = 9;
 // A value starts two characters after the first ':' at or after this position.
 const int kColonFrom = 10;
-// The number of state letters read.
-const std::size_t kStateLetters = 5;
 
-// The fields of a package, in the order in which they are set.
-enum Field {
-    F_NAME,
-    F_VERSION,
-    F_UNINST_DATA,
-    F_IS_INSTALLED,
-    F_IS_COMMITTED,
-    F_BACKUP_STATE,
-    F_REBOOT_REQUIRED,
-    F_IS_DISCOVERED,
-    F_IS_HIDDEN,
-    F_ERROR_STATE,
-    FIELD_COUNT
-};
-
-// The field names and the fixed values, made once and shared by every package (the
-// host's strings are reference-counted); also the order in which a package's map
-// sorts the names, so that its map is built by appending at the end.
-class SharedTexts {
-  public:
-    static const SharedTexts& get() {
-        static const SharedTexts texts;
-        return texts;
-    }
-
-    PluginSDK::String names[FIELD_COUNT];
-    int sorted[FIELD_COUNT];
-    PluginSDK::String yes{REG_PLUGIN_TRUE};
-    PluginSDK::String no{REG_PLUGIN_FALSE};
-    PluginSDK::String none;
-    PluginSDK::String prepared{L"prepared"};
-    PluginSDK::String restored{L"restored"};
-    PluginSDK::String undoable{L"undoable"};
-    PluginSDK::String changing{L"changing"};
-    PluginSDK::String error{L"error"};
-
-  private:
-    SharedTexts() {
-        const wchar_t* const texts[FIELD_COUNT] = {
-            REG_PLUGIN_PROPERTY_FIELD_NAME,
-            REG_PLUGIN_PROPERTY_FIELD_VERSION,
-            REG_PLUGIN_PROPERTY_FIELD_UNINSTDATA,
-            REG_PLUGIN_PROPERTY_FIELD_IS_INSTALLED,
-            REG_PLUGIN_PROPERTY_FIELD_IS_COMMITTED,
-            REG_PLUGIN_PROPERTY_FIELD_BACKUP_STATE,
-            REG_PLUGIN_PROPERTY_FIELD_REBOOT_REQUIRED,
-            REG_PLUGIN_PROPERTY_FIELD_IS_DISCOVERED,
-            REG_PLUGIN_PROPERTY_FIELD_IS_HIDDEN,
-            REG_PLUGIN_PROPERTY_FIELD_ERROR,
-        };
-        for (int i = 0; i < FIELD_COUNT; ++i) {
-            names[i] = texts[i];
-            sorted[i] = i;
-        }
-        std::sort(sorted, sorted + FIELD_COUNT,
-                  [this](int a, int b) { return names[a] < names[b]; });
-    }
-};
+using Field = TesselPackage::Field;
+using Span = TesselPackage::Span;
 
 PluginSDK::String toPluginString(const std::wstring& text) {
     return PluginSDK::String(text.data(), text.size());
@@ -113,6 +57,83 @@ bool matchLine(const std::wstring& id, const wchar_t* line, std::size_t length,
 
 bool equals(const wchar_t* left, const wchar_t* right) {
     return std::wcscmp(left, right) == 0;
+}
+
+// The character at `p` (of the `length` > 0 bytes there) into `c`; returns the
+// bytes it takes. Decodes as the host's UTF-8 decoder does.
+inline std::size_t stepChar(const char* p, std::size_t length, wchar_t& c) {
+    const auto first = static_cast<unsigned char>(*p);
+    if (first < 0x80) {
+        c = static_cast<wchar_t>(first);
+        return 1;
+    }
+    return Utf8::decodeChar(p, length, c);
+}
+
+// What matchLine looks at in a line of UTF-8 bytes: its first nine characters and
+// where its eleventh character starts (the colon is looked for from there).
+struct LineHead {
+    wchar_t chars[kIdLength];
+    std::size_t count;  // how many of the nine the line has
+    std::size_t from;   // byte offset of character 10, or the line's length
+    bool longEnough;    // whether the line has more than ten characters
+};
+
+void readHead(const char* line, std::size_t length, LineHead& head) {
+    std::size_t offset = 0;
+    head.count = 0;
+    // Most lines are ASCII: their bytes are their characters.
+    if (length > static_cast<std::size_t>(kColonFrom)) {
+        bool ascii = true;
+        for (std::size_t i = 0; i <= static_cast<std::size_t>(kColonFrom); ++i) {
+            ascii = ascii && static_cast<unsigned char>(line[i]) < 0x80;
+        }
+        if (ascii) {
+            for (std::size_t i = 0; i < kIdLength; ++i) {
+                head.chars[i] = static_cast<wchar_t>(line[i]);
+            }
+            head.count = kIdLength;
+            head.from = static_cast<std::size_t>(kColonFrom);
+            head.longEnough = true;
+            return;
+        }
+    }
+    std::size_t characters = 0;
+    while (offset < length && characters < static_cast<std::size_t>(kColonFrom)) {
+        wchar_t c;
+        offset += stepChar(line + offset, length - offset, c);
+        if (characters < kIdLength) {
+            head.chars[characters] = c;
+            head.count = characters + 1;
+        }
+        ++characters;
+    }
+    head.from = offset;
+    head.longEnough = characters == static_cast<std::size_t>(kColonFrom) && offset < length;
+}
+
+// matchResultLine on a line of UTF-8 bytes whose head is `head`, for an id whose
+// first nine characters are `id`: true, and `value` set to the bytes of the value,
+// when the line carries the id.
+bool matchBytes(const std::wstring& id, const char* line, std::size_t length, const LineHead& head,
+                Span& value) {
+    if (head.count != id.size() || std::wmemcmp(head.chars, id.data(), head.count) != 0 ||
+        !head.longEnough) {
+        return false;
+    }
+    const void* colon = std::memchr(line + head.from, ':', length - head.from);
+    if (colon == nullptr) {
+        return false;
+    }
+    // The colon and the character after it are skipped.
+    std::size_t start = static_cast<std::size_t>(static_cast<const char*>(colon) - line) + 1;
+    if (start < length) {
+        wchar_t skipped;
+        start += stepChar(line + start, length - start, skipped);
+    }
+    value.length = length - start;
+    value.offset = start;
+    return true;
 }
 
 // The flag an override gives: "true" or "false"; any other text is a broken rule
@@ -156,13 +177,9 @@ TErrorCode TesselDataProvider::load() {
 // carries none of the ids ends it.
 class TesselDataProvider::RecordReader : public TesselLineSink {
   public:
-    // With `trace`, the line that parsing starts is written there before the first
-    // line is read (or by finish() when there was none).
-    RecordReader(TesselDataProvider& provider, Trace* trace)
-        : m_provider(provider), m_trace(trace), m_pending(false) {}
+    explicit RecordReader(TesselDataProvider& provider) : m_provider(provider), m_pending(false) {}
 
     void onLine(const wchar_t* text, std::size_t length) override {
-        announce();
         if (matchLine(m_provider.m_NameId.wide(), text, length, m_name) ||
             matchLine(m_provider.m_VersionId.wide(), text, length, m_version) ||
             matchLine(m_provider.m_UninstDataId.wide(), text, length, m_uninstData) ||
@@ -176,7 +193,6 @@ class TesselDataProvider::RecordReader : public TesselLineSink {
 
     // Stores the last record when no line ended it.
     void finish() {
-        announce();
         if (m_pending) {
             m_provider.storePackage(m_name, m_version, m_uninstData, m_state);
             m_pending = false;
@@ -184,16 +200,7 @@ class TesselDataProvider::RecordReader : public TesselLineSink {
     }
 
   private:
-    void announce() {
-        if (m_trace != nullptr) {
-            Trace& regTrace_ = *m_trace;
-            REG_TRACE(3, "Parsing output from list command");
-            m_trace = nullptr;
-        }
-    }
-
     TesselDataProvider& m_provider;
-    Trace* m_trace;
     // Deliberately kept from one record to the next: a record without one of the
     // lines inherits the previous record's value.
     std::wstring m_name;
@@ -208,19 +215,20 @@ TErrorCode TesselDataProvider::loadInformation(TesselHandler* handler) {
     if (handler == nullptr) {
         return PluginSDK::ERROR_NULL_ARGUMENT;
     }
-    // Each line is parsed as it is split from the output (all of which was read
-    // after the command ended) and not kept.
-    RecordReader reader(*this, &regTrace_);
-    const TErrorCode rc = handler->runCommand(String(kListCommand), reader);
+    // The whole output, read after the command ended; the packages keep their texts
+    // in it.
+    std::string output;
+    const TErrorCode rc = handler->runCommand(String(kListCommand), output);
     if (rc != PluginSDK::RESULT_OK) {
         return rc;
     }
-    reader.finish();
+    REG_TRACE(3, "Parsing output from list command");
+    parseListing(std::move(output));
     return PluginSDK::RESULT_OK;
 }
 
 void TesselDataProvider::parseLines(const ObjectArray<String>& lines) {
-    RecordReader reader(*this, nullptr);
+    RecordReader reader(*this);
     for (int i = 0; i < lines.size(); ++i) {
         const std::wstring& line = lines[i].wide();
         reader.onLine(line.data(), line.size());
@@ -229,9 +237,59 @@ void TesselDataProvider::parseLines(const ObjectArray<String>& lines) {
 }
 
 void TesselDataProvider::parseListing(const char* data, std::size_t size) {
-    RecordReader reader(*this, nullptr);
-    TesselHandler::splitLines(data, size, reader);
-    reader.finish();
+    parseListing(data == nullptr ? std::string() : std::string(data, size));
+}
+
+void TesselDataProvider::parseListing(std::string output) {
+    const auto listing = std::make_shared<const std::string>(std::move(output));
+    const char* const data = listing->data();
+    const std::size_t size = listing->size();
+
+    // The ids as lines are compared with them: their first nine characters.
+    const std::wstring* const ids[] = {&m_NameId.wide(), &m_VersionId.wide(),
+                                       &m_UninstDataId.wide(), &m_StateId.wide()};
+    std::wstring heads[4];
+    for (int i = 0; i < 4; ++i) {
+        heads[i] = ids[i]->substr(0, kIdLength);
+    }
+    // The current record's values: deliberately kept from one record to the next,
+    // so a record without one of the lines inherits the previous record's value.
+    Span values[4] = {{0, 0}, {0, 0}, {0, 0}, {0, 0}};
+    bool pending = false;
+    LineHead head;
+
+    // A line feed or a carriage return ends a line; empty lines are skipped (CR and
+    // LF are single bytes that never occur inside a UTF-8 sequence).
+    std::size_t start = 0;
+    while (start < size) {
+        const char* const line = data + start;
+        std::size_t length = 0;
+        while (start + length < size && line[length] != '\n' && line[length] != '\r') {
+            ++length;
+        }
+        if (length > 0) {
+            readHead(line, length, head);
+            int matched = -1;
+            Span value{0, 0};
+            for (int i = 0; i < 4 && matched < 0; ++i) {
+                if (matchBytes(heads[i], line, length, head, value)) {
+                    matched = i;
+                }
+            }
+            if (matched >= 0) {
+                value.offset += start;
+                values[matched] = value;
+                pending = true;
+            } else if (pending) {
+                storePackage(listing, values[0], values[1], values[2], values[3]);
+                pending = false;
+            }
+        }
+        start += length + 1;
+    }
+    if (pending) {
+        storePackage(listing, values[0], values[1], values[2], values[3]);
+    }
 }
 
 int TesselDataProvider::matchResultLine(const String& id, const String& line, String& value) {
@@ -249,17 +307,9 @@ bool TesselDataProvider::addPackage(String& name, String& version, String& unins
     return storePackage(name.wide(), version.wide(), uninstData.wide(), state.wide());
 }
 
-bool TesselDataProvider::storePackage(const std::wstring& name, const std::wstring& version,
-                                      const std::wstring& uninstData, const std::wstring& state) {
+template <typename Make>
+bool TesselDataProvider::storeNew(const std::wstring& keyText, Make make) {
     REG_TRACE_SCOPE("TesselDataProvider::addPackage(String &, String &, String &, String &)");
-    wchar_t letters[kStateLetters];
-    for (std::size_t i = 0; i < kStateLetters; ++i) {
-        letters[i] = i < state.size() ? state[i] : L'\0';
-    }
-
-    std::wstring keyText(name);
-    keyText += L'.';
-    keyText += version;
     const PluginSDK::String key(keyText.data(), keyText.size());
     // find(key), then add(package) below, with one look into the index: the place
     // where the key is, or where it goes.
@@ -268,44 +318,62 @@ bool TesselDataProvider::storePackage(const std::wstring& name, const std::wstri
         REG_TRACE(1, "Skipped duplicate package with key='", key, "'");
         return false;
     }
-    TesselPackage* package = new (std::nothrow) TesselPackage(key);
+    TesselPackage* package = make(key);
     if (package == nullptr) {
         REG_TRACE(2, "Failed to allocate memory for new package");
         return false;
     }
-
-    const SharedTexts& texts = SharedTexts::get();
-    const auto flag = [&texts](bool set) -> const PluginSDK::String& {
-        return set ? texts.yes : texts.no;
-    };
-    PluginSDK::String values[FIELD_COUNT];
-    values[F_NAME] = toPluginString(name);
-    values[F_VERSION] = toPluginString(version);
-    values[F_UNINST_DATA] = toPluginString(uninstData);
-    values[F_IS_INSTALLED] = flag(letters[0] == L'I');
-    values[F_IS_COMMITTED] = flag(letters[1] == L'C');
-    values[F_BACKUP_STATE] = letters[2] == L'P'   ? texts.prepared
-                             : letters[2] == L'R' ? texts.restored
-                             : letters[2] == L'U' ? texts.undoable
-                                                  : texts.none;
-    // The three flags share the fourth letter: at most one of them is true.
-    values[F_REBOOT_REQUIRED] = flag(letters[3] == L'B');
-    values[F_IS_DISCOVERED] = flag(letters[3] == L'D');
-    values[F_IS_HIDDEN] = flag(letters[3] == L'H');
-    values[F_ERROR_STATE] = letters[4] == L'C'   ? texts.changing
-                            : letters[4] == L'E' ? texts.error
-                                                 : texts.none;
-    // The same map as setting the fields one by one builds, filled in its own order.
-    std::map<PluginSDK::String, PluginSDK::String>& properties = package->properties;
-    for (int i = 0; i < FIELD_COUNT; ++i) {
-        const int field = texts.sorted[i];
-        properties.emplace_hint(properties.end(), texts.names[field], std::move(values[field]));
-    }
-
     // What add(package) does for a key that is not there yet; it cannot fail.
     packages.push_back(package);
     index.emplace_hint(place, package->key, package);
     return true;
+}
+
+bool TesselDataProvider::storePackage(const std::wstring& name, const std::wstring& version,
+                                      const std::wstring& uninstData, const std::wstring& state) {
+    wchar_t letters[TesselPackage::kStateLetters];
+    for (std::size_t i = 0; i < TesselPackage::kStateLetters; ++i) {
+        letters[i] = i < state.size() ? state[i] : L'\0';
+    }
+    std::wstring keyText(name);
+    keyText += L'.';
+    keyText += version;
+    return storeNew(keyText, [&](const PluginSDK::String& key) -> TesselPackage* {
+        TesselPackage* package = new (std::nothrow) TesselPackage(key);
+        if (package == nullptr) {
+            return nullptr;
+        }
+        const PluginSDK::String texts[] = {toPluginString(name), toPluginString(version),
+                                           toPluginString(uninstData)};
+        for (int field = 0; field < TesselPackage::FIELD_COUNT; ++field) {
+            const auto which = static_cast<Field>(field);
+            package->setProperty(
+                TesselPackage::fieldName(which),
+                field < 3 ? texts[field] : TesselPackage::stateValue(which, letters));
+        }
+        return package;
+    });
+}
+
+bool TesselDataProvider::storePackage(const std::shared_ptr<const std::string>& listing,
+                                      const Span& name, const Span& version, const Span& uninstData,
+                                      const Span& state) {
+    // The first five letters; a missing one is 0, one outside ASCII matches none.
+    char letters[TesselPackage::kStateLetters] = {};
+    std::size_t offset = state.offset;
+    const std::size_t end = state.offset + state.length;
+    for (std::size_t i = 0; i < TesselPackage::kStateLetters && offset < end; ++i) {
+        wchar_t c;
+        offset += stepChar(listing->data() + offset, end - offset, c);
+        letters[i] = c < 0x80 ? static_cast<char>(c) : '\0';
+    }
+    m_keyText.clear();
+    Utf8::decode(listing->data() + name.offset, name.length, m_keyText);
+    m_keyText += L'.';
+    Utf8::decode(listing->data() + version.offset, version.length, m_keyText);
+    return storeNew(m_keyText, [&](const PluginSDK::String& key) -> TesselPackage* {
+        return new (std::nothrow) TesselPackage(key, listing, name, version, uninstData, letters);
+    });
 }
 
 TErrorCode TesselDataProvider::getProperties(PluginSDK::Configuration* configuration,
@@ -357,23 +425,24 @@ TErrorCode TesselDataProvider::checkCriteria(RegistryPackage* package, bool* mat
     if (package == nullptr) {
         return PluginSDK::ERROR_NULL_ARGUMENT;
     }
-    const SharedTexts& texts = SharedTexts::get();
     PluginSDK::String installed;
-    TErrorCode rc = package->getProperty(texts.names[F_IS_INSTALLED], installed);
+    TErrorCode rc = package->getProperty(
+        TesselPackage::fieldName(TesselPackage::FIELD_IS_INSTALLED), installed);
     if (rc != PluginSDK::RESULT_OK) {
         return rc;
     }
-    if (installed == texts.no) {
+    if (installed == REG_PLUGIN_FALSE) {
         // A removed package.
         *matches = showRemoved;
         return PluginSDK::RESULT_OK;
     }
     PluginSDK::String committed;
-    rc = package->getProperty(texts.names[F_IS_COMMITTED], committed);
+    rc = package->getProperty(TesselPackage::fieldName(TesselPackage::FIELD_IS_COMMITTED),
+                              committed);
     if (rc != PluginSDK::RESULT_OK) {
         return rc;
     }
-    *matches = committed == texts.yes || showUncommitted;
+    *matches = committed == REG_PLUGIN_TRUE || showUncommitted;
     return PluginSDK::RESULT_OK;
 }
 

@@ -6,6 +6,7 @@
 #define REGPLUGIN_CROSS_TESSEL_TESSELDATAPROVIDER_H
 
 #include <cstddef>
+#include <memory>
 #include <string>
 
 #include "PluginSDK/Configuration.h"
@@ -13,6 +14,7 @@
 #include "base/String.h"
 #include "common/PreloadedDataProvider.h"
 #include "cross/tessel/TesselHandler.h"
+#include "cross/tessel/TesselPackage.h"
 
 namespace RegPlugin {
 
@@ -41,8 +43,11 @@ class TesselDataProvider : public PreloadedDataProvider {
     // records: a record without, say, a state line keeps the previous state.
     void parseLines(const ObjectArray<String>& lines);
     // The same for the raw output of the listing command (`size` bytes of UTF-8,
-    // split as TesselHandler::splitLines splits it).
+    // split as TesselHandler::splitLines splits it). The packages keep a copy of
+    // the output, shared by all of them, and make their fields from it when asked.
     void parseListing(const char* data, std::size_t size);
+    // The same, keeping `output` itself.
+    void parseListing(std::string output);
 
     // 1 when `line` carries `id` and `value` was set to the value, else 0 (`value`
     // untouched). The line carries the id when its first nine characters equal the
@@ -80,14 +85,24 @@ class TesselDataProvider : public PreloadedDataProvider {
   private:
     class RecordReader;
 
-    // addPackage on the texts themselves.
+    // addPackage on the texts themselves: a package with its fields stored.
     bool storePackage(const std::wstring& name, const std::wstring& version,
                       const std::wstring& uninstData, const std::wstring& state);
+    // addPackage on texts of `listing` (UTF-8): a package that makes its fields from
+    // the listing when they are asked for.
+    bool storePackage(const std::shared_ptr<const std::string>& listing,
+                      const TesselPackage::Span& name, const TesselPackage::Span& version,
+                      const TesselPackage::Span& uninstData, const TesselPackage::Span& state);
+    // Stores the package `make(key)` makes under `keyText` unless the key is taken
+    // (or `make` gives null), with addPackage's trace lines.
+    template <typename Make>
+    bool storeNew(const std::wstring& keyText, Make make);
 
     String m_NameId;
     String m_VersionId;
     String m_UninstDataId;
     String m_StateId;
+    std::wstring m_keyText;  // scratch room for a key being made
 };
 
 }  // namespace RegPlugin
