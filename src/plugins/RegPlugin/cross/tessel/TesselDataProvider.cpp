@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <cwchar>
+#include <iterator>
 #include <map>
 #include <memory>
 #include <new>
@@ -73,33 +74,33 @@ inline std::size_t stepChar(const char* p, std::size_t length, wchar_t& c) {
 // What matchLine looks at in a line of UTF-8 bytes: its first nine characters and
 // where its eleventh character starts (the colon is looked for from there).
 struct LineHead {
-    wchar_t chars[kIdLength];
-    std::size_t count;  // how many of the nine the line has
-    std::size_t from;   // byte offset of character 10, or the line's length
-    bool longEnough;    // whether the line has more than ten characters
+    bool ascii;                // the line's first eleven bytes are ASCII: they are its characters
+    wchar_t chars[kIdLength];  // without `ascii`, the first `count` characters
+    std::size_t count;         // how many of the nine the line has
+    std::size_t from;          // byte offset of character 10, or the line's length
+    bool longEnough;           // whether the line has more than ten characters
 };
 
 void readHead(const char* line, std::size_t length, LineHead& head) {
-    std::size_t offset = 0;
-    head.count = 0;
-    // Most lines are ASCII: their bytes are their characters.
-    if (length > static_cast<std::size_t>(kColonFrom)) {
-        bool ascii = true;
-        for (std::size_t i = 0; i <= static_cast<std::size_t>(kColonFrom); ++i) {
-            ascii = ascii && static_cast<unsigned char>(line[i]) < 0x80;
+    const auto from = static_cast<std::size_t>(kColonFrom);
+    if (length > from) {
+        unsigned char bits = 0;
+        for (std::size_t i = 0; i <= from; ++i) {
+            bits |= static_cast<unsigned char>(line[i]);
         }
-        if (ascii) {
-            for (std::size_t i = 0; i < kIdLength; ++i) {
-                head.chars[i] = static_cast<wchar_t>(line[i]);
-            }
+        if (bits < 0x80) {
+            head.ascii = true;
             head.count = kIdLength;
-            head.from = static_cast<std::size_t>(kColonFrom);
+            head.from = from;
             head.longEnough = true;
             return;
         }
     }
+    head.ascii = false;
+    head.count = 0;
+    std::size_t offset = 0;
     std::size_t characters = 0;
-    while (offset < length && characters < static_cast<std::size_t>(kColonFrom)) {
+    while (offset < length && characters < from) {
         wchar_t c;
         offset += stepChar(line + offset, length - offset, c);
         if (characters < kIdLength) {
@@ -109,16 +110,50 @@ void readHead(const char* line, std::size_t length, LineHead& head) {
         ++characters;
     }
     head.from = offset;
-    head.longEnough = characters == static_cast<std::size_t>(kColonFrom) && offset < length;
+    head.longEnough = characters == from && offset < length;
 }
 
-// matchResultLine on a line of UTF-8 bytes whose head is `head`, for an id whose
-// first nine characters are `id`: true, and `value` set to the bytes of the value,
-// when the line carries the id.
-bool matchBytes(const std::wstring& id, const char* line, std::size_t length, const LineHead& head,
-                Span& value) {
-    if (head.count != id.size() || std::wmemcmp(head.chars, id.data(), head.count) != 0 ||
-        !head.longEnough) {
+// The four message ids as the listing's lines are compared with them: their first
+// nine characters.
+class IdHeads {
+  public:
+    explicit IdHeads(const std::wstring* const (&ids)[4]) {
+        for (int i = 0; i < 4; ++i) {
+            m_wide[i] = ids[i]->substr(0, kIdLength);
+            m_ascii[i] = m_wide[i].size() == kIdLength;
+            for (std::size_t c = 0; c < m_wide[i].size(); ++c) {
+                m_ascii[i] = m_ascii[i] && m_wide[i][c] >= 0 && m_wide[i][c] < 0x80;
+                m_bytes[i][c] = static_cast<char>(m_wide[i][c]);
+            }
+        }
+    }
+
+    // The first id whose head equals the line's, or -1.
+    int find(const char* line, const LineHead& head) const {
+        for (int i = 0; i < 4; ++i) {
+            if (head.ascii) {
+                // A character outside ASCII never equals one of the line's.
+                if (m_ascii[i] && std::memcmp(line, m_bytes[i], kIdLength) == 0) {
+                    return i;
+                }
+            } else if (head.count == m_wide[i].size() &&
+                       std::wmemcmp(head.chars, m_wide[i].data(), head.count) == 0) {
+                return i;
+            }
+        }
+        return -1;
+    }
+
+  private:
+    std::wstring m_wide[4];
+    bool m_ascii[4];
+    char m_bytes[4][kIdLength];
+};
+
+// The value of a line whose head matched an id: true, and `value` set to the bytes
+// of the value within the line, when a ':' follows at character 10 or later.
+bool lineValue(const char* line, std::size_t length, const LineHead& head, Span& value) {
+    if (!head.longEnough) {
         return false;
     }
     const void* colon = std::memchr(line + head.from, ':', length - head.from);
@@ -131,10 +166,38 @@ bool matchBytes(const std::wstring& id, const char* line, std::size_t length, co
         wchar_t skipped;
         start += stepChar(line + start, length - start, skipped);
     }
-    value.length = length - start;
     value.offset = start;
+    value.length = length - start;
     return true;
 }
+
+// The end of a line: the next line feed or carriage return. Each is looked for
+// only once, with memchr, however many lines the other one ends meanwhile.
+class LineEnds {
+  public:
+    LineEnds(const char* data, std::size_t size)
+        : m_end(data + size), m_feed(nullptr), m_return(nullptr) {}
+
+    const char* next(const char* from) {
+        if (m_feed != m_end && m_feed < from) {
+            m_feed = find(from, '\n');
+        }
+        if (m_return != m_end && m_return < from) {
+            m_return = find(from, '\r');
+        }
+        return m_feed < m_return ? m_feed : m_return;
+    }
+
+  private:
+    const char* find(const char* from, char c) const {
+        const void* found = std::memchr(from, c, static_cast<std::size_t>(m_end - from));
+        return found == nullptr ? m_end : static_cast<const char*>(found);
+    }
+
+    const char* const m_end;
+    const char* m_feed;
+    const char* m_return;
+};
 
 // The flag an override gives: "true" or "false"; any other text is a broken rule
 // definition and ends the process.
@@ -245,13 +308,9 @@ void TesselDataProvider::parseListing(std::string output) {
     const char* const data = listing->data();
     const std::size_t size = listing->size();
 
-    // The ids as lines are compared with them: their first nine characters.
     const std::wstring* const ids[] = {&m_NameId.wide(), &m_VersionId.wide(),
                                        &m_UninstDataId.wide(), &m_StateId.wide()};
-    std::wstring heads[4];
-    for (int i = 0; i < 4; ++i) {
-        heads[i] = ids[i]->substr(0, kIdLength);
-    }
+    const IdHeads heads(ids);
     // The current record's values: deliberately kept from one record to the next,
     // so a record without one of the lines inherits the previous record's value.
     Span values[4] = {{0, 0}, {0, 0}, {0, 0}, {0, 0}};
@@ -260,35 +319,29 @@ void TesselDataProvider::parseListing(std::string output) {
 
     // A line feed or a carriage return ends a line; empty lines are skipped (CR and
     // LF are single bytes that never occur inside a UTF-8 sequence).
-    std::size_t start = 0;
-    while (start < size) {
-        const char* const line = data + start;
-        std::size_t length = 0;
-        while (start + length < size && line[length] != '\n' && line[length] != '\r') {
-            ++length;
-        }
+    IndexPosition last = index.end();
+    LineEnds ends(data, size);
+    const char* const end = data + size;
+    for (const char* line = data; line < end;) {
+        const char* const lineEnd = ends.next(line);
+        const auto length = static_cast<std::size_t>(lineEnd - line);
         if (length > 0) {
             readHead(line, length, head);
-            int matched = -1;
+            const int matched = heads.find(line, head);
             Span value{0, 0};
-            for (int i = 0; i < 4 && matched < 0; ++i) {
-                if (matchBytes(heads[i], line, length, head, value)) {
-                    matched = i;
-                }
-            }
-            if (matched >= 0) {
-                value.offset += start;
+            if (matched >= 0 && lineValue(line, length, head, value)) {
+                value.offset += static_cast<std::size_t>(line - data);
                 values[matched] = value;
                 pending = true;
             } else if (pending) {
-                storePackage(listing, values[0], values[1], values[2], values[3]);
+                storePackage(listing, values[0], values[1], values[2], values[3], &last);
                 pending = false;
             }
         }
-        start += length + 1;
+        line = lineEnd + 1;
     }
     if (pending) {
-        storePackage(listing, values[0], values[1], values[2], values[3]);
+        storePackage(listing, values[0], values[1], values[2], values[3], &last);
     }
 }
 
@@ -308,12 +361,20 @@ bool TesselDataProvider::addPackage(String& name, String& version, String& unins
 }
 
 template <typename Make>
-bool TesselDataProvider::storeNew(const std::wstring& keyText, Make make) {
+bool TesselDataProvider::storeNew(const std::wstring& keyText, Make make, IndexPosition* last) {
     REG_TRACE_SCOPE("TesselDataProvider::addPackage(String &, String &, String &, String &)");
     const PluginSDK::String key(keyText.data(), keyText.size());
     // find(key), then add(package) below, with one look into the index: the place
     // where the key is, or where it goes.
-    const auto place = index.lower_bound(key);
+    IndexPosition place = index.end();
+    if (last != nullptr && *last != index.end() && (*last)->first < key) {
+        place = std::next(*last);
+        if (place != index.end() && place->first < key) {
+            place = index.lower_bound(key);
+        }
+    } else {
+        place = index.lower_bound(key);
+    }
     if (place != index.end() && !(key < place->first)) {
         REG_TRACE(1, "Skipped duplicate package with key='", key, "'");
         return false;
@@ -325,7 +386,10 @@ bool TesselDataProvider::storeNew(const std::wstring& keyText, Make make) {
     }
     // What add(package) does for a key that is not there yet; it cannot fail.
     packages.push_back(package);
-    index.emplace_hint(place, package->key, package);
+    const IndexPosition added = index.emplace_hint(place, package->key, package);
+    if (last != nullptr) {
+        *last = added;
+    }
     return true;
 }
 
@@ -338,26 +402,29 @@ bool TesselDataProvider::storePackage(const std::wstring& name, const std::wstri
     std::wstring keyText(name);
     keyText += L'.';
     keyText += version;
-    return storeNew(keyText, [&](const PluginSDK::String& key) -> TesselPackage* {
-        TesselPackage* package = new (std::nothrow) TesselPackage(key);
-        if (package == nullptr) {
-            return nullptr;
-        }
-        const PluginSDK::String texts[] = {toPluginString(name), toPluginString(version),
-                                           toPluginString(uninstData)};
-        for (int field = 0; field < TesselPackage::FIELD_COUNT; ++field) {
-            const auto which = static_cast<Field>(field);
-            package->setProperty(
-                TesselPackage::fieldName(which),
-                field < 3 ? texts[field] : TesselPackage::stateValue(which, letters));
-        }
-        return package;
-    });
+    return storeNew(
+        keyText,
+        [&](const PluginSDK::String& key) -> TesselPackage* {
+            TesselPackage* package = new (std::nothrow) TesselPackage(key);
+            if (package == nullptr) {
+                return nullptr;
+            }
+            const PluginSDK::String texts[] = {toPluginString(name), toPluginString(version),
+                                               toPluginString(uninstData)};
+            for (int field = 0; field < TesselPackage::FIELD_COUNT; ++field) {
+                const auto which = static_cast<Field>(field);
+                package->setProperty(
+                    TesselPackage::fieldName(which),
+                    field < 3 ? texts[field] : TesselPackage::stateValue(which, letters));
+            }
+            return package;
+        },
+        nullptr);
 }
 
 bool TesselDataProvider::storePackage(const std::shared_ptr<const std::string>& listing,
                                       const Span& name, const Span& version, const Span& uninstData,
-                                      const Span& state) {
+                                      const Span& state, IndexPosition* last) {
     // The first five letters; a missing one is 0, one outside ASCII matches none.
     char letters[TesselPackage::kStateLetters] = {};
     std::size_t offset = state.offset;
@@ -371,9 +438,13 @@ bool TesselDataProvider::storePackage(const std::shared_ptr<const std::string>& 
     Utf8::decode(listing->data() + name.offset, name.length, m_keyText);
     m_keyText += L'.';
     Utf8::decode(listing->data() + version.offset, version.length, m_keyText);
-    return storeNew(m_keyText, [&](const PluginSDK::String& key) -> TesselPackage* {
-        return new (std::nothrow) TesselPackage(key, listing, name, version, uninstData, letters);
-    });
+    return storeNew(
+        m_keyText,
+        [&](const PluginSDK::String& key) -> TesselPackage* {
+            return new (std::nothrow)
+                TesselPackage(key, listing, name, version, uninstData, letters);
+        },
+        last);
 }
 
 TErrorCode TesselDataProvider::getProperties(PluginSDK::Configuration* configuration,

@@ -6,6 +6,7 @@
 #define REGPLUGIN_CROSS_TESSEL_TESSELDATAPROVIDER_H
 
 #include <cstddef>
+#include <map>
 #include <memory>
 #include <string>
 
@@ -84,19 +85,26 @@ class TesselDataProvider : public PreloadedDataProvider {
 
   private:
     class RecordReader;
+    using IndexPosition = std::map<PluginSDK::String, RegistryPackage*>::iterator;
 
     // addPackage on the texts themselves: a package with its fields stored.
     bool storePackage(const std::wstring& name, const std::wstring& version,
                       const std::wstring& uninstData, const std::wstring& state);
     // addPackage on texts of `listing` (UTF-8): a package that makes its fields from
     // the listing when they are asked for.
+    // `last` is where the previous package of the listing went into the index (see
+    // storeNew).
     bool storePackage(const std::shared_ptr<const std::string>& listing,
                       const TesselPackage::Span& name, const TesselPackage::Span& version,
-                      const TesselPackage::Span& uninstData, const TesselPackage::Span& state);
+                      const TesselPackage::Span& uninstData, const TesselPackage::Span& state,
+                      IndexPosition* last);
     // Stores the package `make(key)` makes under `keyText` unless the key is taken
-    // (or `make` gives null), with addPackage's trace lines.
+    // (or `make` gives null), with addPackage's trace lines. With `last` (an entry
+    // of the index, or end()), the key is first compared with the keys around it,
+    // so that a listing in key order costs two comparisons a package instead of a
+    // search of the index; `last` then moves to the new entry.
     template <typename Make>
-    bool storeNew(const std::wstring& keyText, Make make);
+    bool storeNew(const std::wstring& keyText, Make make, IndexPosition* last);
 
     String m_NameId;
     String m_VersionId;
