@@ -49,7 +49,8 @@ int parseOnly(const char* file, int runs) {
     for (int run = 0; run < runs; ++run) {
         RegPlugin::TesselDataProvider* catalog = newCatalog();
         // The provider keeps the output it parses; hand it a copy made beforehand.
-        std::string output(listing);
+        ByteBuffer output;
+        output.append(listing.data(), listing.size());
         const auto start = std::chrono::steady_clock::now();
         catalog->parseListing(std::move(output));
         parses.push_back(secondsSince(start));
@@ -71,7 +72,7 @@ int commandOnly(const char* directory, int runs) {
     std::size_t bytes = 0;
     for (int run = 0; run < runs; ++run) {
         RegPlugin::TesselHandler handler{String(directory)};
-        std::string output;
+        ByteBuffer output;
         const auto start = std::chrono::steady_clock::now();
         const TErrorCode result = handler.runCommand(String("pdxcat -p"), output);
         times.push_back(secondsSince(start));

@@ -6,6 +6,8 @@
 
 #include <string>
 
+#include "base/ByteBuffer.h"
+
 #include "base/Export.h"
 
 // The child's standard output, read after the process has been waited for.
@@ -21,10 +23,12 @@ class HOSTSDK_API InputStream {
     int read();
     // Everything not read yet, as bytes; the stream is then at its end.
     std::string readAll();
+    // The same, handed over without a copy when nothing was read yet.
+    ByteBuffer takeAll();
 
   private:
     friend class Process;
-    std::string m_data;
+    ByteBuffer m_data;
     std::size_t m_position;
 };
 

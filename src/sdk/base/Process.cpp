@@ -10,6 +10,7 @@
 
 #include <cerrno>
 #include <cstdint>
+#include <utility>
 
 #include "base/Utf8.h"
 
@@ -31,11 +32,23 @@ int InputStream::read() {
 
 std::string InputStream::readAll() {
     std::string rest;
+    if (m_position < m_data.size()) {
+        rest.assign(m_data.data() + m_position, m_data.size() - m_position);
+    }
+    m_position = m_data.size();
+    return rest;
+}
+
+ByteBuffer InputStream::takeAll() {
+    ByteBuffer rest;
     if (m_position == 0) {
         // Nothing read yet: hand the whole output over instead of copying it.
-        rest.swap(m_data);
-    } else if (m_position < m_data.size()) {
-        rest = m_data.substr(m_position);
+        rest = std::move(m_data);
+        m_position = 0;
+        return rest;
+    }
+    if (m_position < m_data.size()) {
+        rest.append(m_data.data() + m_position, m_data.size() - m_position);
     }
     m_position = m_data.size();
     return rest;
@@ -48,8 +61,6 @@ namespace {
 
 // At most this much is read at once when the pipe cannot tell how much it holds.
 constexpr std::size_t kReadChunk = 65536;
-// The first room made for the output; it then doubles as needed.
-constexpr std::size_t kFirstRoom = 1 << 20;
 // Without a process descriptor, how often waitFor looks whether the child ended
 // while something else keeps its output pipe open.
 constexpr int kExitPollMillis = 20;
@@ -84,8 +95,8 @@ int openPidFd(pid_t pid) {
 
 // Reads what is available from `fd` once, at most `limit` bytes, and appends it to
 // `out`, straight into its room. Returns the byte count, 0 at end of file, -1 on
-// an error other than EINTR (errno is kept).
-ssize_t readOnce(int fd, std::string& out, std::size_t limit) {
+// an error other than EINTR (errno is kept; ENOMEM when `out` cannot grow).
+ssize_t readOnce(int fd, ByteBuffer& out, std::size_t limit) {
     int pending = 0;
     std::size_t want = kReadChunk;
     if (::ioctl(fd, FIONREAD, &pending) == 0 && pending > 0) {
@@ -94,23 +105,18 @@ ssize_t readOnce(int fd, std::string& out, std::size_t limit) {
     if (want > limit) {
         want = limit;
     }
-    const std::size_t size = out.size();
-    if (out.capacity() - size < want) {
-        std::size_t room = out.capacity() < kFirstRoom ? kFirstRoom : out.capacity();
-        while (room - size < want) {
-            room *= 2;
-        }
-        out.reserve(room);
+    char* room = out.room(want);
+    if (room == nullptr) {
+        errno = ENOMEM;
+        return -1;
     }
-    out.resize(size + want);
     for (;;) {
-        const ssize_t got = ::read(fd, &out[size], want);
+        const ssize_t got = ::read(fd, room, want);
         if (got >= 0) {
-            out.resize(size + static_cast<std::size_t>(got));
+            out.commit(static_cast<std::size_t>(got));
             return got;
         }
         if (errno != EINTR) {
-            out.resize(size);
             return -1;
         }
     }

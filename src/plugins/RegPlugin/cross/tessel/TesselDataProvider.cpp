@@ -280,7 +280,7 @@ TErrorCode TesselDataProvider::loadInformation(TesselHandler* handler) {
     }
     // The whole output, read after the command ended; the packages keep their texts
     // in it.
-    std::string output;
+    ByteBuffer output;
     const TErrorCode rc = handler->runCommand(String(kListCommand), output);
     if (rc != PluginSDK::RESULT_OK) {
         return rc;
@@ -300,11 +300,18 @@ void TesselDataProvider::parseLines(const ObjectArray<String>& lines) {
 }
 
 void TesselDataProvider::parseListing(const char* data, std::size_t size) {
-    parseListing(data == nullptr ? std::string() : std::string(data, size));
+    ByteBuffer copy;
+    if (data != nullptr && !copy.append(data, size)) {
+        return;
+    }
+    parseListing(std::move(copy));
 }
 
-void TesselDataProvider::parseListing(std::string output) {
-    const auto listing = std::make_shared<const std::string>(std::move(output));
+void TesselDataProvider::parseListing(ByteBuffer output) {
+    if (output.empty()) {
+        return;
+    }
+    const auto listing = std::make_shared<const ByteBuffer>(std::move(output));
     const char* const data = listing->data();
     const std::size_t size = listing->size();
 
@@ -422,7 +429,7 @@ bool TesselDataProvider::storePackage(const std::wstring& name, const std::wstri
         nullptr);
 }
 
-bool TesselDataProvider::storePackage(const std::shared_ptr<const std::string>& listing,
+bool TesselDataProvider::storePackage(const std::shared_ptr<const ByteBuffer>& listing,
                                       const Span& name, const Span& version, const Span& uninstData,
                                       const Span& state, IndexPosition* last) {
     // The first five letters; a missing one is 0, one outside ASCII matches none.

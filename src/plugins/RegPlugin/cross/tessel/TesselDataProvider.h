@@ -48,7 +48,7 @@ class TesselDataProvider : public PreloadedDataProvider {
     // the output, shared by all of them, and make their fields from it when asked.
     void parseListing(const char* data, std::size_t size);
     // The same, keeping `output` itself.
-    void parseListing(std::string output);
+    void parseListing(ByteBuffer output);
 
     // 1 when `line` carries `id` and `value` was set to the value, else 0 (`value`
     // untouched). The line carries the id when its first nine characters equal the
@@ -94,7 +94,7 @@ class TesselDataProvider : public PreloadedDataProvider {
     // the listing when they are asked for.
     // `last` is where the previous package of the listing went into the index (see
     // storeNew).
-    bool storePackage(const std::shared_ptr<const std::string>& listing,
+    bool storePackage(const std::shared_ptr<const ByteBuffer>& listing,
                       const TesselPackage::Span& name, const TesselPackage::Span& version,
                       const TesselPackage::Span& uninstData, const TesselPackage::Span& state,
                       IndexPosition* last);

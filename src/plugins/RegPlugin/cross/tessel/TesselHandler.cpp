@@ -77,7 +77,7 @@ TErrorCode TesselHandler::createProcess(const String& command, Process** process
 }
 
 TErrorCode TesselHandler::runCommand(const String& command, ObjectArray<String>& lines) {
-    std::string output;
+    ByteBuffer output;
     const TErrorCode rc = runCommand(command, output);
     if (rc == PluginSDK::RESULT_OK) {
         appendLines(output.data(), output.size(), lines);
@@ -85,7 +85,7 @@ TErrorCode TesselHandler::runCommand(const String& command, ObjectArray<String>&
     return rc;
 }
 
-TErrorCode TesselHandler::runCommand(const String& command, std::string& output) {
+TErrorCode TesselHandler::runCommand(const String& command, ByteBuffer& output) {
     REG_TRACE_SCOPE("TesselHandler::runCommand(const String &, ObjectArray<String> &)");
     Process* process = nullptr;
     TErrorCode rc = createProcess(command, &process);
@@ -108,7 +108,7 @@ TErrorCode TesselHandler::runCommand(const String& command, std::string& output)
 
     if (rc == PluginSDK::RESULT_OK) {
         REG_TRACE(3, "Reading output from child process");
-        output = process->getInputStream()->readAll();
+        output = process->getInputStream()->takeAll();
     }
     delete process;
     return rc;

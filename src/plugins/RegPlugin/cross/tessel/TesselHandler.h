@@ -5,9 +5,9 @@
 #define REGPLUGIN_CROSS_TESSEL_TESSELHANDLER_H
 
 #include <cstddef>
-#include <string>
 
 #include "PluginSDK/Types.h"
+#include "base/ByteBuffer.h"
 #include "base/ObjectArray.h"
 #include "base/Process.h"
 #include "base/String.h"
@@ -38,7 +38,7 @@ class TesselHandler {
     TErrorCode runCommand(const String& command, ObjectArray<String>& lines);
     // The same, storing the command's whole output, as it wrote it, in `output`
     // (left as it was when the command fails).
-    TErrorCode runCommand(const String& command, std::string& output);
+    TErrorCode runCommand(const String& command, ByteBuffer& output);
 
     // Hands the lines of `size` bytes of UTF-8 output to `sink`, in order. A line
     // feed or a carriage return ends a line; empty lines are never handed on (so CR

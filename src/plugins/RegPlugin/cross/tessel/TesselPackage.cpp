@@ -48,7 +48,7 @@ TesselPackage::TesselPackage(const PluginSDK::String& key)
       m_state{} {}
 
 TesselPackage::TesselPackage(const PluginSDK::String& key,
-                             std::shared_ptr<const std::string> listing, const Span& name,
+                             std::shared_ptr<const ByteBuffer> listing, const Span& name,
                              const Span& version, const Span& uninstData,
                              const char (&state)[kStateLetters])
     : RegistryPackage(key, providerTag()),

@@ -13,8 +13,8 @@
 
 #include <cstddef>
 #include <memory>
-#include <string>
 
+#include "base/ByteBuffer.h"
 #include "common/RegistryPackage.h"
 
 namespace RegPlugin {
@@ -50,7 +50,7 @@ class TesselPackage : public RegistryPackage {
     // Keyed by `key`, its name, version and uninstall data the UTF-8 bytes of
     // `listing` at the spans, and `state` its five state letters (a letter outside
     // ASCII as 0: it matches no letter). The fields are made when asked for.
-    TesselPackage(const PluginSDK::String& key, std::shared_ptr<const std::string> listing,
+    TesselPackage(const PluginSDK::String& key, std::shared_ptr<const ByteBuffer> listing,
                   const Span& name, const Span& version, const Span& uninstData,
                   const char (&state)[kStateLetters]);
     ~TesselPackage() override;
@@ -77,7 +77,7 @@ class TesselPackage : public RegistryPackage {
                                                const wchar_t (&letters)[kStateLetters]);
 
   private:
-    std::shared_ptr<const std::string> m_listing;  // null: nothing to make fields from
+    std::shared_ptr<const ByteBuffer> m_listing;  // null: nothing to make fields from
     Span m_name;
     Span m_version;
     Span m_uninstData;
