@@ -3,6 +3,7 @@
 //
 //     tessel_load DIR [RUNS]            load RUNS times (default 1), a new provider each time
 //     tessel_load --parse FILE [RUNS]   only parse a saved listing (no command)
+//     tessel_load --command DIR [RUNS]  only run the listing command and read its output
 #include <sys/resource.h>
 
 #include <algorithm>
@@ -14,12 +15,14 @@
 #include <iterator>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "PluginSDK/Configuration.h"
 #include "RegPluginConstants.h"
 #include "common/RegistryDataProviderFactory.h"
 #include "cross/tessel/TesselDataProvider.h"
+#include "cross/tessel/TesselHandler.h"
 
 namespace {
 
@@ -45,8 +48,11 @@ int parseOnly(const char* file, int runs) {
     long count = 0;
     for (int run = 0; run < runs; ++run) {
         RegPlugin::TesselDataProvider* catalog = newCatalog();
+        // The provider keeps the output it parses; hand it a copy made beforehand.
+        ByteBuffer output;
+        output.append(listing.data(), listing.size());
         const auto start = std::chrono::steady_clock::now();
-        catalog->parseListing(listing.data(), listing.size());
+        catalog->parseListing(std::move(output));
         parses.push_back(secondsSince(start));
         count = catalog->size();
         if (run + 1 < runs) {
@@ -61,11 +67,34 @@ int parseOnly(const char* file, int runs) {
     std::_Exit(0);
 }
 
+int commandOnly(const char* directory, int runs) {
+    std::vector<double> times;
+    std::size_t bytes = 0;
+    for (int run = 0; run < runs; ++run) {
+        RegPlugin::TesselHandler handler{String(directory)};
+        ByteBuffer output;
+        const auto start = std::chrono::steady_clock::now();
+        const TErrorCode result = handler.runCommand(String("pdxcat -p"), output);
+        times.push_back(secondsSince(start));
+        if (result != 0) {
+            std::fprintf(stderr, "command failed: %d\n", static_cast<int>(result));
+            return 1;
+        }
+        bytes = output.size();
+    }
+    std::printf("output %zu bytes, runs %d, command and reading median %.3f s\n", bytes, runs,
+                median(times));
+    return 0;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
     if (argc > 2 && std::strcmp(argv[1], "--parse") == 0) {
         return parseOnly(argv[2], argc > 3 ? std::atoi(argv[3]) : 1);
+    }
+    if (argc > 2 && std::strcmp(argv[1], "--command") == 0) {
+        return commandOnly(argv[2], argc > 3 ? std::atoi(argv[3]) : 1);
     }
     const int runs = argc > 2 ? std::atoi(argv[2]) : 1;
     if (argc < 2 || argc > 3 || runs < 1) {

@@ -6,6 +6,7 @@
 
 #include <string>
 
+#include "base/ByteBuffer.h"
 #include "base/Export.h"
 
 // The child's standard output, read after the process has been waited for.
@@ -21,10 +22,12 @@ class HOSTSDK_API InputStream {
     int read();
     // Everything not read yet, as bytes; the stream is then at its end.
     std::string readAll();
+    // The same, handed over without a copy when nothing was read yet.
+    ByteBuffer takeAll();
 
   private:
     friend class Process;
-    std::string m_data;
+    ByteBuffer m_data;
     std::size_t m_position;
 };
 
@@ -37,7 +40,9 @@ class HOSTSDK_API Process {
     Process& operator=(const Process&) = delete;
 
     // Waits until the child has ended, collecting its standard output meanwhile, so
-    // that a child writing more than a pipe holds never blocks. Output that the
+    // that a child writing more than a pipe holds never blocks. The pipe holds 1 MiB
+    // where the system allows it; it is then emptied in large pieces, about once a
+    // millisecond while the child writes, rather than after every write. Output that the
     // child's own children write after it has ended is not waited for. Returns 0
     // (also on later calls), or an errno value when the child could not be waited
     // for (for example ECHILD when it was reaped elsewhere); the process is then

@@ -9,6 +9,8 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdint>
+#include <utility>
 
 #include "base/Utf8.h"
 
@@ -30,11 +32,23 @@ int InputStream::read() {
 
 std::string InputStream::readAll() {
     std::string rest;
+    if (m_position < m_data.size()) {
+        rest.assign(m_data.data() + m_position, m_data.size() - m_position);
+    }
+    m_position = m_data.size();
+    return rest;
+}
+
+ByteBuffer InputStream::takeAll() {
+    ByteBuffer rest;
     if (m_position == 0) {
         // Nothing read yet: hand the whole output over instead of copying it.
-        rest.swap(m_data);
-    } else if (m_position < m_data.size()) {
-        rest = m_data.substr(m_position);
+        rest = std::move(m_data);
+        m_position = 0;
+        return rest;
+    }
+    if (m_position < m_data.size()) {
+        rest.append(m_data.data() + m_position, m_data.size() - m_position);
     }
     m_position = m_data.size();
     return rest;
@@ -45,10 +59,17 @@ std::string InputStream::readAll() {
 
 namespace {
 
+// At most this much is read at once when the pipe cannot tell how much it holds.
 constexpr std::size_t kReadChunk = 65536;
 // Without a process descriptor, how often waitFor looks whether the child ended
 // while something else keeps its output pipe open.
 constexpr int kExitPollMillis = 20;
+// With a pipe of at least kPausePipeSize bytes, after a read that left the pipe
+// empty waitFor lets the child write for this long before it reads again (unless
+// the child ends first): the child then rarely waits for the pipe, and the output
+// is read in a few large pieces instead of thousands of small ones.
+constexpr int kPauseMillis = 1;
+constexpr int kPausePipeSize = 1 << 20;
 
 void closeFd(int& fd) {
     if (fd >= 0) {
@@ -72,21 +93,43 @@ int openPidFd(pid_t pid) {
     return -1;
 }
 
-// Reads what is available from `fd` once and appends it. Returns the byte count, 0
-// at end of file, -1 on an error other than EINTR (errno is kept).
-ssize_t readOnce(int fd, std::string& out, std::size_t limit) {
-    char buffer[kReadChunk];
-    const std::size_t want = limit < sizeof buffer ? limit : sizeof buffer;
+// Reads what is available from `fd` once, at most `limit` bytes, and appends it to
+// `out`, straight into its room. Returns the byte count, 0 at end of file, -1 on
+// an error other than EINTR (errno is kept; ENOMEM when `out` cannot grow).
+ssize_t readOnce(int fd, ByteBuffer& out, std::size_t limit) {
+    int pending = 0;
+    std::size_t want = kReadChunk;
+    if (::ioctl(fd, FIONREAD, &pending) == 0 && pending > 0) {
+        want = static_cast<std::size_t>(pending);
+    }
+    if (want > limit) {
+        want = limit;
+    }
+    char* room = out.room(want);
+    if (room == nullptr) {
+        errno = ENOMEM;
+        return -1;
+    }
     for (;;) {
-        const ssize_t got = ::read(fd, buffer, want);
+        const ssize_t got = ::read(fd, room, want);
         if (got >= 0) {
-            out.append(buffer, static_cast<std::size_t>(got));
+            out.commit(static_cast<std::size_t>(got));
             return got;
         }
         if (errno != EINTR) {
             return -1;
         }
     }
+}
+
+// Waits up to `millis` for `pidFd` to become readable (the child ended), or simply
+// sleeps without one.
+void pause(int pidFd, int millis) {
+    pollfd fds[1];
+    fds[0].fd = pidFd;
+    fds[0].events = POLLIN;
+    fds[0].revents = 0;
+    ::poll(fds, pidFd >= 0 ? 1 : 0, millis);
 }
 
 }  // namespace
@@ -114,6 +157,7 @@ int Process::waitFor() {
     bool exited = false;
     if (m_outputFd >= 0) {
         int pidFd = openPidFd(m_pid);
+        const bool mayPause = ::fcntl(m_outputFd, F_GETPIPE_SZ) >= kPausePipeSize;
         while (!exited) {
             pollfd fds[2];
             fds[0].fd = m_outputFd;
@@ -127,13 +171,15 @@ int Process::waitFor() {
             if (ready < 0 && errno != EINTR) {
                 break;  // Fall back to a plain wait below.
             }
+            bool drained = false;
             if (ready > 0 && (fds[0].revents & (POLLIN | POLLHUP | POLLERR)) != 0) {
-                const ssize_t got = readOnce(m_outputFd, m_output.m_data, kReadChunk);
+                const ssize_t got = readOnce(m_outputFd, m_output.m_data, SIZE_MAX);
                 if (got <= 0) {
                     // End of output (or a broken pipe): nothing more to collect.
                     closeFd(m_outputFd);
                     break;
                 }
+                drained = true;
             }
             const pid_t done = ::waitpid(m_pid, &status, WNOHANG);
             if (done == m_pid) {
@@ -143,6 +189,8 @@ int Process::waitFor() {
                 closeFd(pidFd);
                 forget();
                 return error;
+            } else if (drained && mayPause) {
+                pause(pidFd, kPauseMillis);
             }
         }
         closeFd(pidFd);

@@ -43,6 +43,10 @@ bool moveAboveStandard(int& fd) {
     return true;
 }
 
+// The size asked for the pipe of a captured output (the usual limit for
+// unprivileged processes).
+const int kOutputPipeSize = 1 << 20;
+
 bool makePipe(int fds[2]) {
     if (::pipe2(fds, O_CLOEXEC) != 0) {
         return false;
@@ -286,6 +290,11 @@ Process* Runtime::exec(const String& command, const ObjectArray<String>* environ
         closeFd(output[0]);
         closeFd(output[1]);
         return nullptr;
+    }
+    if (capture) {
+        // A larger pipe lets the child write on while the output is collected; the
+        // system's default size stays when it refuses.
+        ::fcntl(output[0], F_SETPIPE_SZ, kOutputPipeSize);
     }
 
     const pid_t pid = ::fork();

@@ -94,6 +94,29 @@ TEST(RuntimeTest, ReadAllGivesWhatWasNotRead) {
     }
 }
 
+// The same with the output handed over as a buffer.
+TEST(RuntimeTest, TakeAllGivesWhatWasNotRead) {
+    for (const auto& [first, restStart] : {std::pair<int, int>{0, 0}, {1, 1}, {3, 4}, {4, 5}}) {
+        std::unique_ptr<Process> process(Runtime::getRuntime()->exec(
+            String("printf 'ab\\303\\251c'"), nullptr, nullptr, Runtime::EXEC_CAPTURE_OUTPUT));
+        ASSERT_NE(process, nullptr);
+        ASSERT_EQ(process->waitFor(), 0);
+        InputStream* stream = process->getInputStream();
+        for (int i = 0; i < first; ++i) {
+            stream->read();
+        }
+        const ByteBuffer rest = stream->takeAll();
+        EXPECT_EQ(std::string("ab\xc3\xa9"
+                              "c")
+                      .substr(restStart),
+                  std::string(rest.data() == nullptr ? "" : rest.data(), rest.size()))
+            << first;
+        EXPECT_TRUE(stream->takeAll().empty());
+        EXPECT_EQ(stream->readAll(), "");
+        EXPECT_LT(stream->read(), 0);
+    }
+}
+
 // -1: the program is not started and exec gives null.
 TEST(RuntimeTest, ExitValuesAndStartFailures) {
     const TempDir dir;

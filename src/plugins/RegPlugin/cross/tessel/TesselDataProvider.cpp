@@ -1,7 +1,9 @@
 #include "cross/tessel/TesselDataProvider.h"
 
 #include <algorithm>
+#include <cstring>
 #include <cwchar>
+#include <iterator>
 #include <map>
 #include <memory>
 #include <new>
@@ -10,6 +12,7 @@
 
 #include "PluginSDK/PluginResult.h"
 #include "RegPluginConstants.h"
+#include "base/Utf8.h"
 #include "common/PluginTrace.h"
 #include "cross/tessel/TesselPackage.h"
 
@@ -23,67 +26,9 @@ const wchar_t kListCommand[] = L"pdxcat -p";
 const std::size_t kIdLength = 9;
 // A value starts two characters after the first ':' at or after this position.
 const int kColonFrom = 10;
-// The number of state letters read.
-const std::size_t kStateLetters = 5;
 
-// The fields of a package, in the order in which they are set.
-enum Field {
-    F_NAME,
-    F_VERSION,
-    F_UNINST_DATA,
-    F_IS_INSTALLED,
-    F_IS_COMMITTED,
-    F_BACKUP_STATE,
-    F_REBOOT_REQUIRED,
-    F_IS_DISCOVERED,
-    F_IS_HIDDEN,
-    F_ERROR_STATE,
-    FIELD_COUNT
-};
-
-// The field names and the fixed values, made once and shared by every package (the
-// host's strings are reference-counted); also the order in which a package's map
-// sorts the names, so that its map is built by appending at the end.
-class SharedTexts {
-  public:
-    static const SharedTexts& get() {
-        static const SharedTexts texts;
-        return texts;
-    }
-
-    PluginSDK::String names[FIELD_COUNT];
-    int sorted[FIELD_COUNT];
-    PluginSDK::String yes{REG_PLUGIN_TRUE};
-    PluginSDK::String no{REG_PLUGIN_FALSE};
-    PluginSDK::String none;
-    PluginSDK::String prepared{L"prepared"};
-    PluginSDK::String restored{L"restored"};
-    PluginSDK::String undoable{L"undoable"};
-    PluginSDK::String changing{L"changing"};
-    PluginSDK::String error{L"error"};
-
-  private:
-    SharedTexts() {
-        const wchar_t* const texts[FIELD_COUNT] = {
-            REG_PLUGIN_PROPERTY_FIELD_NAME,
-            REG_PLUGIN_PROPERTY_FIELD_VERSION,
-            REG_PLUGIN_PROPERTY_FIELD_UNINSTDATA,
-            REG_PLUGIN_PROPERTY_FIELD_IS_INSTALLED,
-            REG_PLUGIN_PROPERTY_FIELD_IS_COMMITTED,
-            REG_PLUGIN_PROPERTY_FIELD_BACKUP_STATE,
-            REG_PLUGIN_PROPERTY_FIELD_REBOOT_REQUIRED,
-            REG_PLUGIN_PROPERTY_FIELD_IS_DISCOVERED,
-            REG_PLUGIN_PROPERTY_FIELD_IS_HIDDEN,
-            REG_PLUGIN_PROPERTY_FIELD_ERROR,
-        };
-        for (int i = 0; i < FIELD_COUNT; ++i) {
-            names[i] = texts[i];
-            sorted[i] = i;
-        }
-        std::sort(sorted, sorted + FIELD_COUNT,
-                  [this](int a, int b) { return names[a] < names[b]; });
-    }
-};
+using Field = TesselPackage::Field;
+using Span = TesselPackage::Span;
 
 PluginSDK::String toPluginString(const std::wstring& text) {
     return PluginSDK::String(text.data(), text.size());
@@ -114,6 +59,145 @@ bool matchLine(const std::wstring& id, const wchar_t* line, std::size_t length,
 bool equals(const wchar_t* left, const wchar_t* right) {
     return std::wcscmp(left, right) == 0;
 }
+
+// The character at `p` (of the `length` > 0 bytes there) into `c`; returns the
+// bytes it takes. Decodes as the host's UTF-8 decoder does.
+inline std::size_t stepChar(const char* p, std::size_t length, wchar_t& c) {
+    const auto first = static_cast<unsigned char>(*p);
+    if (first < 0x80) {
+        c = static_cast<wchar_t>(first);
+        return 1;
+    }
+    return Utf8::decodeChar(p, length, c);
+}
+
+// What matchLine looks at in a line of UTF-8 bytes: its first nine characters and
+// where its eleventh character starts (the colon is looked for from there).
+struct LineHead {
+    bool ascii;                // the line's first eleven bytes are ASCII: they are its characters
+    wchar_t chars[kIdLength];  // without `ascii`, the first `count` characters
+    std::size_t count;         // how many of the nine the line has
+    std::size_t from;          // byte offset of character 10, or the line's length
+    bool longEnough;           // whether the line has more than ten characters
+};
+
+void readHead(const char* line, std::size_t length, LineHead& head) {
+    const auto from = static_cast<std::size_t>(kColonFrom);
+    if (length > from) {
+        unsigned char bits = 0;
+        for (std::size_t i = 0; i <= from; ++i) {
+            bits |= static_cast<unsigned char>(line[i]);
+        }
+        if (bits < 0x80) {
+            head.ascii = true;
+            head.count = kIdLength;
+            head.from = from;
+            head.longEnough = true;
+            return;
+        }
+    }
+    head.ascii = false;
+    head.count = 0;
+    std::size_t offset = 0;
+    std::size_t characters = 0;
+    while (offset < length && characters < from) {
+        wchar_t c;
+        offset += stepChar(line + offset, length - offset, c);
+        if (characters < kIdLength) {
+            head.chars[characters] = c;
+            head.count = characters + 1;
+        }
+        ++characters;
+    }
+    head.from = offset;
+    head.longEnough = characters == from && offset < length;
+}
+
+// The four message ids as the listing's lines are compared with them: their first
+// nine characters.
+class IdHeads {
+  public:
+    explicit IdHeads(const std::wstring* const (&ids)[4]) {
+        for (int i = 0; i < 4; ++i) {
+            m_wide[i] = ids[i]->substr(0, kIdLength);
+            m_ascii[i] = m_wide[i].size() == kIdLength;
+            for (std::size_t c = 0; c < m_wide[i].size(); ++c) {
+                m_ascii[i] = m_ascii[i] && m_wide[i][c] >= 0 && m_wide[i][c] < 0x80;
+                m_bytes[i][c] = static_cast<char>(m_wide[i][c]);
+            }
+        }
+    }
+
+    // The first id whose head equals the line's, or -1.
+    int find(const char* line, const LineHead& head) const {
+        for (int i = 0; i < 4; ++i) {
+            if (head.ascii) {
+                // A character outside ASCII never equals one of the line's.
+                if (m_ascii[i] && std::memcmp(line, m_bytes[i], kIdLength) == 0) {
+                    return i;
+                }
+            } else if (head.count == m_wide[i].size() &&
+                       std::wmemcmp(head.chars, m_wide[i].data(), head.count) == 0) {
+                return i;
+            }
+        }
+        return -1;
+    }
+
+  private:
+    std::wstring m_wide[4];
+    bool m_ascii[4];
+    char m_bytes[4][kIdLength];
+};
+
+// The value of a line whose head matched an id: true, and `value` set to the bytes
+// of the value within the line, when a ':' follows at character 10 or later.
+bool lineValue(const char* line, std::size_t length, const LineHead& head, Span& value) {
+    if (!head.longEnough) {
+        return false;
+    }
+    const void* colon = std::memchr(line + head.from, ':', length - head.from);
+    if (colon == nullptr) {
+        return false;
+    }
+    // The colon and the character after it are skipped.
+    std::size_t start = static_cast<std::size_t>(static_cast<const char*>(colon) - line) + 1;
+    if (start < length) {
+        wchar_t skipped;
+        start += stepChar(line + start, length - start, skipped);
+    }
+    value.offset = start;
+    value.length = length - start;
+    return true;
+}
+
+// The end of a line: the next line feed or carriage return. Each is looked for
+// only once, with memchr, however many lines the other one ends meanwhile.
+class LineEnds {
+  public:
+    LineEnds(const char* data, std::size_t size)
+        : m_end(data + size), m_feed(nullptr), m_return(nullptr) {}
+
+    const char* next(const char* from) {
+        if (m_feed != m_end && m_feed < from) {
+            m_feed = find(from, '\n');
+        }
+        if (m_return != m_end && m_return < from) {
+            m_return = find(from, '\r');
+        }
+        return m_feed < m_return ? m_feed : m_return;
+    }
+
+  private:
+    const char* find(const char* from, char c) const {
+        const void* found = std::memchr(from, c, static_cast<std::size_t>(m_end - from));
+        return found == nullptr ? m_end : static_cast<const char*>(found);
+    }
+
+    const char* const m_end;
+    const char* m_feed;
+    const char* m_return;
+};
 
 // The flag an override gives: "true" or "false"; any other text is a broken rule
 // definition and ends the process.
@@ -156,13 +240,9 @@ TErrorCode TesselDataProvider::load() {
 // carries none of the ids ends it.
 class TesselDataProvider::RecordReader : public TesselLineSink {
   public:
-    // With `trace`, the line that parsing starts is written there before the first
-    // line is read (or by finish() when there was none).
-    RecordReader(TesselDataProvider& provider, Trace* trace)
-        : m_provider(provider), m_trace(trace), m_pending(false) {}
+    explicit RecordReader(TesselDataProvider& provider) : m_provider(provider), m_pending(false) {}
 
     void onLine(const wchar_t* text, std::size_t length) override {
-        announce();
         if (matchLine(m_provider.m_NameId.wide(), text, length, m_name) ||
             matchLine(m_provider.m_VersionId.wide(), text, length, m_version) ||
             matchLine(m_provider.m_UninstDataId.wide(), text, length, m_uninstData) ||
@@ -176,7 +256,6 @@ class TesselDataProvider::RecordReader : public TesselLineSink {
 
     // Stores the last record when no line ended it.
     void finish() {
-        announce();
         if (m_pending) {
             m_provider.storePackage(m_name, m_version, m_uninstData, m_state);
             m_pending = false;
@@ -184,16 +263,7 @@ class TesselDataProvider::RecordReader : public TesselLineSink {
     }
 
   private:
-    void announce() {
-        if (m_trace != nullptr) {
-            Trace& regTrace_ = *m_trace;
-            REG_TRACE(3, "Parsing output from list command");
-            m_trace = nullptr;
-        }
-    }
-
     TesselDataProvider& m_provider;
-    Trace* m_trace;
     // Deliberately kept from one record to the next: a record without one of the
     // lines inherits the previous record's value.
     std::wstring m_name;
@@ -208,19 +278,20 @@ TErrorCode TesselDataProvider::loadInformation(TesselHandler* handler) {
     if (handler == nullptr) {
         return PluginSDK::ERROR_NULL_ARGUMENT;
     }
-    // Each line is parsed as it is split from the output (all of which was read
-    // after the command ended) and not kept.
-    RecordReader reader(*this, &regTrace_);
-    const TErrorCode rc = handler->runCommand(String(kListCommand), reader);
+    // The whole output, read after the command ended; the packages keep their texts
+    // in it.
+    ByteBuffer output;
+    const TErrorCode rc = handler->runCommand(String(kListCommand), output);
     if (rc != PluginSDK::RESULT_OK) {
         return rc;
     }
-    reader.finish();
+    REG_TRACE(3, "Parsing output from list command");
+    parseListing(std::move(output));
     return PluginSDK::RESULT_OK;
 }
 
 void TesselDataProvider::parseLines(const ObjectArray<String>& lines) {
-    RecordReader reader(*this, nullptr);
+    RecordReader reader(*this);
     for (int i = 0; i < lines.size(); ++i) {
         const std::wstring& line = lines[i].wide();
         reader.onLine(line.data(), line.size());
@@ -229,9 +300,56 @@ void TesselDataProvider::parseLines(const ObjectArray<String>& lines) {
 }
 
 void TesselDataProvider::parseListing(const char* data, std::size_t size) {
-    RecordReader reader(*this, nullptr);
-    TesselHandler::splitLines(data, size, reader);
-    reader.finish();
+    ByteBuffer copy;
+    if (data != nullptr && !copy.append(data, size)) {
+        return;
+    }
+    parseListing(std::move(copy));
+}
+
+void TesselDataProvider::parseListing(ByteBuffer output) {
+    if (output.empty()) {
+        return;
+    }
+    const auto listing = std::make_shared<const ByteBuffer>(std::move(output));
+    const char* const data = listing->data();
+    const std::size_t size = listing->size();
+
+    const std::wstring* const ids[] = {&m_NameId.wide(), &m_VersionId.wide(),
+                                       &m_UninstDataId.wide(), &m_StateId.wide()};
+    const IdHeads heads(ids);
+    // The current record's values: deliberately kept from one record to the next,
+    // so a record without one of the lines inherits the previous record's value.
+    Span values[4] = {{0, 0}, {0, 0}, {0, 0}, {0, 0}};
+    bool pending = false;
+    LineHead head;
+
+    // A line feed or a carriage return ends a line; empty lines are skipped (CR and
+    // LF are single bytes that never occur inside a UTF-8 sequence).
+    IndexPosition last = index.end();
+    LineEnds ends(data, size);
+    const char* const end = data + size;
+    for (const char* line = data; line < end;) {
+        const char* const lineEnd = ends.next(line);
+        const auto length = static_cast<std::size_t>(lineEnd - line);
+        if (length > 0) {
+            readHead(line, length, head);
+            const int matched = heads.find(line, head);
+            Span value{0, 0};
+            if (matched >= 0 && lineValue(line, length, head, value)) {
+                value.offset += static_cast<std::size_t>(line - data);
+                values[matched] = value;
+                pending = true;
+            } else if (pending) {
+                storePackage(listing, values[0], values[1], values[2], values[3], &last);
+                pending = false;
+            }
+        }
+        line = lineEnd + 1;
+    }
+    if (pending) {
+        storePackage(listing, values[0], values[1], values[2], values[3], &last);
+    }
 }
 
 int TesselDataProvider::matchResultLine(const String& id, const String& line, String& value) {
@@ -249,63 +367,91 @@ bool TesselDataProvider::addPackage(String& name, String& version, String& unins
     return storePackage(name.wide(), version.wide(), uninstData.wide(), state.wide());
 }
 
-bool TesselDataProvider::storePackage(const std::wstring& name, const std::wstring& version,
-                                      const std::wstring& uninstData, const std::wstring& state) {
+template <typename Make>
+bool TesselDataProvider::storeNew(const std::wstring& keyText, Make make, IndexPosition* last) {
     REG_TRACE_SCOPE("TesselDataProvider::addPackage(String &, String &, String &, String &)");
-    wchar_t letters[kStateLetters];
-    for (std::size_t i = 0; i < kStateLetters; ++i) {
-        letters[i] = i < state.size() ? state[i] : L'\0';
-    }
-
-    std::wstring keyText(name);
-    keyText += L'.';
-    keyText += version;
     const PluginSDK::String key(keyText.data(), keyText.size());
     // find(key), then add(package) below, with one look into the index: the place
     // where the key is, or where it goes.
-    const auto place = index.lower_bound(key);
+    IndexPosition place = index.end();
+    if (last != nullptr && *last != index.end() && (*last)->first < key) {
+        place = std::next(*last);
+        if (place != index.end() && place->first < key) {
+            place = index.lower_bound(key);
+        }
+    } else {
+        place = index.lower_bound(key);
+    }
     if (place != index.end() && !(key < place->first)) {
         REG_TRACE(1, "Skipped duplicate package with key='", key, "'");
         return false;
     }
-    TesselPackage* package = new (std::nothrow) TesselPackage(key);
+    TesselPackage* package = make(key);
     if (package == nullptr) {
         REG_TRACE(2, "Failed to allocate memory for new package");
         return false;
     }
-
-    const SharedTexts& texts = SharedTexts::get();
-    const auto flag = [&texts](bool set) -> const PluginSDK::String& {
-        return set ? texts.yes : texts.no;
-    };
-    PluginSDK::String values[FIELD_COUNT];
-    values[F_NAME] = toPluginString(name);
-    values[F_VERSION] = toPluginString(version);
-    values[F_UNINST_DATA] = toPluginString(uninstData);
-    values[F_IS_INSTALLED] = flag(letters[0] == L'I');
-    values[F_IS_COMMITTED] = flag(letters[1] == L'C');
-    values[F_BACKUP_STATE] = letters[2] == L'P'   ? texts.prepared
-                             : letters[2] == L'R' ? texts.restored
-                             : letters[2] == L'U' ? texts.undoable
-                                                  : texts.none;
-    // The three flags share the fourth letter: at most one of them is true.
-    values[F_REBOOT_REQUIRED] = flag(letters[3] == L'B');
-    values[F_IS_DISCOVERED] = flag(letters[3] == L'D');
-    values[F_IS_HIDDEN] = flag(letters[3] == L'H');
-    values[F_ERROR_STATE] = letters[4] == L'C'   ? texts.changing
-                            : letters[4] == L'E' ? texts.error
-                                                 : texts.none;
-    // The same map as setting the fields one by one builds, filled in its own order.
-    std::map<PluginSDK::String, PluginSDK::String>& properties = package->properties;
-    for (int i = 0; i < FIELD_COUNT; ++i) {
-        const int field = texts.sorted[i];
-        properties.emplace_hint(properties.end(), texts.names[field], std::move(values[field]));
-    }
-
     // What add(package) does for a key that is not there yet; it cannot fail.
     packages.push_back(package);
-    index.emplace_hint(place, package->key, package);
+    const IndexPosition added = index.emplace_hint(place, package->key, package);
+    if (last != nullptr) {
+        *last = added;
+    }
     return true;
+}
+
+bool TesselDataProvider::storePackage(const std::wstring& name, const std::wstring& version,
+                                      const std::wstring& uninstData, const std::wstring& state) {
+    wchar_t letters[TesselPackage::kStateLetters];
+    for (std::size_t i = 0; i < TesselPackage::kStateLetters; ++i) {
+        letters[i] = i < state.size() ? state[i] : L'\0';
+    }
+    std::wstring keyText(name);
+    keyText += L'.';
+    keyText += version;
+    return storeNew(
+        keyText,
+        [&](const PluginSDK::String& key) -> TesselPackage* {
+            TesselPackage* package = new (std::nothrow) TesselPackage(key);
+            if (package == nullptr) {
+                return nullptr;
+            }
+            const PluginSDK::String texts[] = {toPluginString(name), toPluginString(version),
+                                               toPluginString(uninstData)};
+            for (int field = 0; field < TesselPackage::FIELD_COUNT; ++field) {
+                const auto which = static_cast<Field>(field);
+                package->setProperty(
+                    TesselPackage::fieldName(which),
+                    field < 3 ? texts[field] : TesselPackage::stateValue(which, letters));
+            }
+            return package;
+        },
+        nullptr);
+}
+
+bool TesselDataProvider::storePackage(const std::shared_ptr<const ByteBuffer>& listing,
+                                      const Span& name, const Span& version, const Span& uninstData,
+                                      const Span& state, IndexPosition* last) {
+    // The first five letters; a missing one is 0, one outside ASCII matches none.
+    char letters[TesselPackage::kStateLetters] = {};
+    std::size_t offset = state.offset;
+    const std::size_t end = state.offset + state.length;
+    for (std::size_t i = 0; i < TesselPackage::kStateLetters && offset < end; ++i) {
+        wchar_t c;
+        offset += stepChar(listing->data() + offset, end - offset, c);
+        letters[i] = c < 0x80 ? static_cast<char>(c) : '\0';
+    }
+    m_keyText.clear();
+    Utf8::decode(listing->data() + name.offset, name.length, m_keyText);
+    m_keyText += L'.';
+    Utf8::decode(listing->data() + version.offset, version.length, m_keyText);
+    return storeNew(
+        m_keyText,
+        [&](const PluginSDK::String& key) -> TesselPackage* {
+            return new (std::nothrow)
+                TesselPackage(key, listing, name, version, uninstData, letters);
+        },
+        last);
 }
 
 TErrorCode TesselDataProvider::getProperties(PluginSDK::Configuration* configuration,
@@ -357,23 +503,24 @@ TErrorCode TesselDataProvider::checkCriteria(RegistryPackage* package, bool* mat
     if (package == nullptr) {
         return PluginSDK::ERROR_NULL_ARGUMENT;
     }
-    const SharedTexts& texts = SharedTexts::get();
     PluginSDK::String installed;
-    TErrorCode rc = package->getProperty(texts.names[F_IS_INSTALLED], installed);
+    TErrorCode rc = package->getProperty(
+        TesselPackage::fieldName(TesselPackage::FIELD_IS_INSTALLED), installed);
     if (rc != PluginSDK::RESULT_OK) {
         return rc;
     }
-    if (installed == texts.no) {
+    if (installed == REG_PLUGIN_FALSE) {
         // A removed package.
         *matches = showRemoved;
         return PluginSDK::RESULT_OK;
     }
     PluginSDK::String committed;
-    rc = package->getProperty(texts.names[F_IS_COMMITTED], committed);
+    rc = package->getProperty(TesselPackage::fieldName(TesselPackage::FIELD_IS_COMMITTED),
+                              committed);
     if (rc != PluginSDK::RESULT_OK) {
         return rc;
     }
-    *matches = committed == texts.yes || showUncommitted;
+    *matches = committed == REG_PLUGIN_TRUE || showUncommitted;
     return PluginSDK::RESULT_OK;
 }
 

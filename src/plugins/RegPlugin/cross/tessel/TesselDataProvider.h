@@ -6,6 +6,8 @@
 #define REGPLUGIN_CROSS_TESSEL_TESSELDATAPROVIDER_H
 
 #include <cstddef>
+#include <map>
+#include <memory>
 #include <string>
 
 #include "PluginSDK/Configuration.h"
@@ -13,6 +15,7 @@
 #include "base/String.h"
 #include "common/PreloadedDataProvider.h"
 #include "cross/tessel/TesselHandler.h"
+#include "cross/tessel/TesselPackage.h"
 
 namespace RegPlugin {
 
@@ -41,8 +44,11 @@ class TesselDataProvider : public PreloadedDataProvider {
     // records: a record without, say, a state line keeps the previous state.
     void parseLines(const ObjectArray<String>& lines);
     // The same for the raw output of the listing command (`size` bytes of UTF-8,
-    // split as TesselHandler::splitLines splits it).
+    // split as TesselHandler::splitLines splits it). The packages keep a copy of
+    // the output, shared by all of them, and make their fields from it when asked.
     void parseListing(const char* data, std::size_t size);
+    // The same, keeping `output` itself.
+    void parseListing(ByteBuffer output);
 
     // 1 when `line` carries `id` and `value` was set to the value, else 0 (`value`
     // untouched). The line carries the id when its first nine characters equal the
@@ -79,15 +85,32 @@ class TesselDataProvider : public PreloadedDataProvider {
 
   private:
     class RecordReader;
+    using IndexPosition = std::map<PluginSDK::String, RegistryPackage*>::iterator;
 
-    // addPackage on the texts themselves.
+    // addPackage on the texts themselves: a package with its fields stored.
     bool storePackage(const std::wstring& name, const std::wstring& version,
                       const std::wstring& uninstData, const std::wstring& state);
+    // addPackage on texts of `listing` (UTF-8): a package that makes its fields from
+    // the listing when they are asked for.
+    // `last` is where the previous package of the listing went into the index (see
+    // storeNew).
+    bool storePackage(const std::shared_ptr<const ByteBuffer>& listing,
+                      const TesselPackage::Span& name, const TesselPackage::Span& version,
+                      const TesselPackage::Span& uninstData, const TesselPackage::Span& state,
+                      IndexPosition* last);
+    // Stores the package `make(key)` makes under `keyText` unless the key is taken
+    // (or `make` gives null), with addPackage's trace lines. With `last` (an entry
+    // of the index, or end()), the key is first compared with the keys around it,
+    // so that a listing in key order costs two comparisons a package instead of a
+    // search of the index; `last` then moves to the new entry.
+    template <typename Make>
+    bool storeNew(const std::wstring& keyText, Make make, IndexPosition* last);
 
     String m_NameId;
     String m_VersionId;
     String m_UninstDataId;
     String m_StateId;
+    std::wstring m_keyText;  // scratch room for a key being made
 };
 
 }  // namespace RegPlugin

@@ -77,11 +77,15 @@ TErrorCode TesselHandler::createProcess(const String& command, Process** process
 }
 
 TErrorCode TesselHandler::runCommand(const String& command, ObjectArray<String>& lines) {
-    ArraySink sink(lines);
-    return runCommand(command, sink);
+    ByteBuffer output;
+    const TErrorCode rc = runCommand(command, output);
+    if (rc == PluginSDK::RESULT_OK) {
+        appendLines(output.data(), output.size(), lines);
+    }
+    return rc;
 }
 
-TErrorCode TesselHandler::runCommand(const String& command, TesselLineSink& sink) {
+TErrorCode TesselHandler::runCommand(const String& command, ByteBuffer& output) {
     REG_TRACE_SCOPE("TesselHandler::runCommand(const String &, ObjectArray<String> &)");
     Process* process = nullptr;
     TErrorCode rc = createProcess(command, &process);
@@ -104,8 +108,7 @@ TErrorCode TesselHandler::runCommand(const String& command, TesselLineSink& sink
 
     if (rc == PluginSDK::RESULT_OK) {
         REG_TRACE(3, "Reading output from child process");
-        const std::string output = process->getInputStream()->readAll();
-        splitLines(output.data(), output.size(), sink);
+        output = process->getInputStream()->takeAll();
     }
     delete process;
     return rc;

@@ -7,6 +7,7 @@
 #include <cstddef>
 
 #include "PluginSDK/Types.h"
+#include "base/ByteBuffer.h"
 #include "base/ObjectArray.h"
 #include "base/Process.h"
 #include "base/String.h"
@@ -35,8 +36,9 @@ class TesselHandler {
     // by a signal counts as 128 + the signal), and then `lines` is left as it was.
     // The child is always reaped before this returns.
     TErrorCode runCommand(const String& command, ObjectArray<String>& lines);
-    // The same, handing each line to `sink` instead (nothing when it fails).
-    TErrorCode runCommand(const String& command, TesselLineSink& sink);
+    // The same, storing the command's whole output, as it wrote it, in `output`
+    // (left as it was when the command fails).
+    TErrorCode runCommand(const String& command, ByteBuffer& output);
 
     // Hands the lines of `size` bytes of UTF-8 output to `sink`, in order. A line
     // feed or a carriage return ends a line; empty lines are never handed on (so CR

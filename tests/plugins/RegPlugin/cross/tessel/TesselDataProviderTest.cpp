@@ -360,3 +360,139 @@ TEST(TesselDataProviderTest, CheckCriteria) {
 
 }  // namespace
 }  // namespace RegPluginTest
+
+namespace RegPluginTest {
+namespace {
+
+// Positions in a line count characters, not bytes, however the line is read.
+TEST(TesselDataProviderTest, ValuesAndStateLettersAreCutByCharacter) {
+    struct Case {
+        const char* what;
+        std::string listing;
+        std::string expected;  // see show()
+    };
+    const std::vector<Case> cases = {
+        {"a character of three bytes after the colon is skipped whole",
+         "PDXMS0164I n:\xe2\x82\xacrest\nPDXMS0165I v:x1\n",
+         "rest.1|rest|1||false|false||false|false|false|\n"},
+        {"an undecodable byte after the colon is one character",
+         "PDXMS0164I n:\xff\xfe"
+         "ab\nPDXMS0165I v: 1\n",
+         "\xfe"
+         "ab.1|\xfe"
+         "ab|1||false|false||false|false|false|\n"},
+        {"characters of several bytes before the colon",
+         "PDXMS0164I\xc3\xa9: a\nPDXMS0165\xc3\xa9 \xe2\x82\xac: 1\n",
+         "a.1|a|1||false|false||false|false|false|\n"},
+        {"state letters of several bytes",
+         "PDXMS0164I n: a\nPDXMS0165I v: 1\nPDXMS0166I s: \xc3\xa9"
+         "CUHE\n",
+         "a.1|a|1||false|true|undoable|false|false|true|error\n"},
+        {"a carriage return alone splits a value", "PDXMS0164I n: a\rb\nPDXMS0165I v: 1\n",
+         "a.|a|||false|false||false|false|false|\n"
+         "a.1|a|1||false|false||false|false|false|\n"},
+        {"eleven characters are the shortest line with a value",
+         "PDXMS0164I\nPDXMS0165I:\nPDXMS0164I: x\n", "x.|x|||false|false||false|false|false|\n"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(std::string(c.what) + "\nlisting: " + printable(c.listing));
+        Catalog fromBuffer;
+        fromBuffer.parseListing(c.listing.data(), c.listing.size());
+        EXPECT_EQ(show(fromBuffer), c.expected);
+        ObjectArray<String> lines;
+        RegPlugin::TesselHandler::appendLines(c.listing.data(), c.listing.size(), lines);
+        Catalog fromLines;
+        fromLines.parseLines(lines);
+        EXPECT_EQ(show(fromLines), c.expected);
+    }
+}
+
+// A package read from a listing makes its fields when they are asked for: the
+// answers must be those of a package whose fields were all stored at load time.
+TEST(TesselDataProviderTest, FieldsReadInAnyOrderAfterTheListingIsGone) {
+    std::string listing = tesselRecord("a", "1", "u-a", "ICPHE") + tesselRecord("b", "2", "", "");
+    Catalog catalog;
+    catalog.parseListing(listing.data(), listing.size());
+    // The caller's text is not the one the packages read.
+    listing.assign(listing.size(), 'x');
+    const std::vector<std::string> expected = {
+        "a.1|a|1|u-a|true|true|prepared|false|false|true|error\n",
+        "b.2|b|2|u-a|true|true|prepared|false|false|true|error\n"};
+    // A second listing: its record of a known key is dropped, the others are added
+    // and read from their own listing.
+    std::string second =
+        tesselRecord("a", "1", "other", "-----") + tesselRecord("c", "3", "u-c", "");
+    catalog.parseListing(second.data(), second.size());
+    second.clear();
+
+    struct Case {
+        const char* key;
+        std::vector<const char*> fields;  // read in this order
+        std::vector<std::string> values;
+    };
+    const std::vector<Case> cases = {
+        {"a.1",
+         {"errorState", "isHidden", "name", "uninstData", "version", "isInstalled"},
+         {"error", "true", "a", "u-a", "1", "true"}},
+        // Inherited uninstall data and state.
+        {"b.2", {"backupState", "uninstData", "isCommitted"}, {"prepared", "u-a", "true"}},
+        {"c.3", {"uninstData", "name", "isInstalled"}, {"u-c", "c", "false"}},
+    };
+    for (const Case& c : cases) {
+        RegistryPackage* package = nullptr;
+        package = catalog.find(PluginSDK::String(c.key));
+        ASSERT_NE(package, nullptr) << c.key;
+        for (std::size_t i = 0; i < c.fields.size(); ++i) {
+            PluginSDK::String value(L"(missing)");
+            EXPECT_EQ(package->getProperty(c.fields[i], value), 0) << c.key << " " << c.fields[i];
+            EXPECT_EQ(value.toUtf8(), c.values[i]) << c.key << " " << c.fields[i];
+        }
+    }
+    EXPECT_EQ(catalog.size(), 3);
+    // c.3 inherits the state of the second listing's dropped record, not the first's.
+    EXPECT_EQ(show(catalog),
+              expected[0] + expected[1] + "c.3|c|3|u-c|false|false||false|false|false|\n");
+}
+
+TEST(TesselDataProviderTest, StoredValuesAndOtherNames) {
+    const std::string listing = tesselRecord("a", "1", "u", "IC---");
+    struct Case {
+        const char* set;  // stored with setProperty before any read; null: none
+        const char* setValue;
+        const char* read;
+        TErrorCode expected;
+        const char* value;  // "(untouched)" when nothing is read
+        std::string shown;  // show() afterwards
+    };
+    const TErrorCode kMissing = REG_PLUGIN_ERROR_PROPERTY_NOT_FOUND;
+    const std::string plain = "a.1|a|1|u|true|true||false|false|false|\n";
+    const std::vector<Case> cases = {
+        {nullptr, nullptr, "isInstalled", 0, "true", plain},
+        // A stored value replaces the listing's, also before it was ever read.
+        {"isInstalled", "false", "isInstalled", 0, "false",
+         "a.1|a|1|u|false|true||false|false|false|\n"},
+        {"name", "renamed", "version", 0, "1", "a.1|renamed|1|u|true|true||false|false|false|\n"},
+        // Names that are not fields: nothing to make.
+        {nullptr, nullptr, "vendor", kMissing, "(untouched)", plain},
+        {nullptr, nullptr, "Name", kMissing, "(untouched)", plain},
+        {nullptr, nullptr, "", kMissing, "(untouched)", plain},
+    };
+    for (const Case& c : cases) {
+        const std::string label = std::to_string(&c - cases.data());
+        Catalog catalog;
+        catalog.parseListing(listing.data(), listing.size());
+        RegistryPackage* package = nullptr;
+        package = catalog.find(PluginSDK::String(L"a.1"));
+        ASSERT_NE(package, nullptr);
+        if (c.set != nullptr) {
+            static_cast<TesselPackage*>(package)->setProperty(c.set, c.setValue);
+        }
+        PluginSDK::String value(L"(untouched)");
+        EXPECT_EQ(package->getProperty(c.read, value), c.expected) << label;
+        EXPECT_EQ(value.toUtf8(), c.value) << label;
+        EXPECT_EQ(show(catalog), c.shown) << label;
+    }
+}
+
+}  // namespace
+}  // namespace RegPluginTest
