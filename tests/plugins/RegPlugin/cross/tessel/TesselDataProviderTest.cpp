@@ -48,6 +48,18 @@ std::string show(TesselDataProvider& provider) {
     return out.str();
 }
 
+// The same records from the raw listing and from its lines.
+void expectBothParsersGive(const std::string& listing, const std::string& expected) {
+    Catalog fromBuffer;
+    fromBuffer.parseListing(listing.data(), listing.size());
+    EXPECT_EQ(show(fromBuffer), expected);
+    ObjectArray<String> lines;
+    RegPlugin::TesselHandler::appendLines(listing.data(), listing.size(), lines);
+    Catalog fromLines;
+    fromLines.parseLines(lines);
+    EXPECT_EQ(show(fromLines), expected);
+}
+
 TEST(TesselDataProviderTest, MatchResultLine) {
     struct Case {
         std::wstring line;
@@ -159,15 +171,7 @@ TEST(TesselDataProviderTest, LoadsTheListing) {
         EXPECT_TRUE(c.traceLine.empty() || trace.sink().contains(c.traceLine)) << c.traceLine;
         EXPECT_TRUE(trace.sink().contains("The pdxDirectory property is " + product.path()));
         EXPECT_TRUE(trace.sink().contains("Parsing output from list command"));
-        // The same records from the raw listing and from its lines.
-        Catalog fromBuffer;
-        fromBuffer.parseListing(c.listing.data(), c.listing.size());
-        EXPECT_EQ(show(fromBuffer), c.expected);
-        ObjectArray<String> lines;
-        RegPlugin::TesselHandler::appendLines(c.listing.data(), c.listing.size(), lines);
-        Catalog fromLines;
-        fromLines.parseLines(lines);
-        EXPECT_EQ(show(fromLines), c.expected);
+        expectBothParsersGive(c.listing, c.expected);
     }
 }
 
@@ -396,14 +400,7 @@ TEST(TesselDataProviderTest, ValuesAndStateLettersAreCutByCharacter) {
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(std::string(c.what) + "\nlisting: " + printable(c.listing));
-        Catalog fromBuffer;
-        fromBuffer.parseListing(c.listing.data(), c.listing.size());
-        EXPECT_EQ(show(fromBuffer), c.expected);
-        ObjectArray<String> lines;
-        RegPlugin::TesselHandler::appendLines(c.listing.data(), c.listing.size(), lines);
-        Catalog fromLines;
-        fromLines.parseLines(lines);
-        EXPECT_EQ(show(fromLines), c.expected);
+        expectBothParsersGive(c.listing, c.expected);
     }
 }
 
