@@ -23,6 +23,9 @@ struct RunOptions {
     // Shell commands run inside the namespace before regscan starts (after the
     // overlays are mounted), e.g. "mount -t tmpfs tmpfs /var/lib/dpkg".
     std::vector<std::string> setup;
+    // When above 0, regscan (with every process it started) is killed after this
+    // many seconds; the result's exit status is then 137.
+    int timeoutSeconds = 0;
 };
 
 struct RunResult {
