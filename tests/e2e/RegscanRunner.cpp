@@ -76,6 +76,9 @@ RunResult runRegscan(const std::vector<std::string>& args, const RunOptions& opt
     writeFile(dir + "/input", options.input);
 
     std::string command = "env";
+    if (options.timeoutSeconds > 0) {
+        command = "/usr/bin/timeout -s KILL " + std::to_string(options.timeoutSeconds) + " env";
+    }
     for (const auto& [name, value] : options.environment) {
         command += " " + quote(name + "=" + value);
     }

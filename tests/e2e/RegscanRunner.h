@@ -23,8 +23,11 @@ struct RunOptions {
     // Shell commands run inside the namespace before regscan starts (after the
     // overlays are mounted), e.g. "mount -t tmpfs tmpfs /var/lib/dpkg".
     std::vector<std::string> setup;
-    // Shell words put before the program, e.g. "timeout 30" or a setpriv command.
+    // Shell words put right before the program, e.g. a setpriv command.
     std::string prefix;
+    // When above 0, regscan (with every process it started) is killed after this
+    // many seconds; the result's exit status is then 137.
+    int timeoutSeconds = 0;
 };
 
 struct RunResult {

@@ -1,6 +1,7 @@
 #include "cross/dpkg/DpkgDataProvider.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -403,7 +404,8 @@ TErrorCode DpkgDataProvider::load() {
     REG_TRACE_SCOPE("DpkgDataProvider::load()");
     int fd;
     do {
-        fd = ::open(m_statusFile.c_str(), O_RDONLY | O_CLOEXEC);
+        // Without O_NONBLOCK, opening a FIFO would wait for a writer forever.
+        fd = ::open(m_statusFile.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     } while (fd < 0 && errno == EINTR);
     if (fd < 0) {
         // The caller only learns the code; the path and the reason are for people.
@@ -412,6 +414,13 @@ TErrorCode DpkgDataProvider::load() {
         return REG_PLUGIN_ERROR_PROPERTY_NOT_FOUND;
     }
     FileCloser closer(fd);
+    struct stat info;
+    if (::fstat(fd, &info) != 0 || !S_ISREG(info.st_mode)) {
+        // A FIFO, device or directory is no status file (a FIFO could block reads).
+        REG_TRACE(1, "cannot read ", m_statusFile.c_str(), ": not a regular file");
+        return REG_PLUGIN_ERROR_PROPERTY_NOT_FOUND;
+    }
+    ::fcntl(fd, F_SETFL, ::fcntl(fd, F_GETFL) & ~O_NONBLOCK);
 
     LineReader reader(fd);
     // The first package of a name wins: add() keeps the one it has and leaves the new

@@ -1,0 +1,1 @@
+python3 -c "import sys; n=200000; sys.stdout.write('<registry><products>' + '<x>'*n + '</x>'*n + '<product id=\"p\" name=\"P\" version=\"1\" location=\"/opt/p\"/></products></registry>')" > /var/.com.zerog.registry.xml

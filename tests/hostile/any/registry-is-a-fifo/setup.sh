@@ -1,0 +1,1 @@
+mkfifo /var/.com.zerog.registry.xml

@@ -1,0 +1,1 @@
+rm -f /var/.com.zerog.registry.xml

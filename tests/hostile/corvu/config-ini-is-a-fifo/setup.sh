@@ -1,0 +1,1 @@
+mkdir -p /opt/corvu/eclipse/configuration && mkfifo /opt/corvu/eclipse/configuration/config.ini

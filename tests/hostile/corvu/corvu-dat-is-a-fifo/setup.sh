@@ -1,0 +1,1 @@
+mkdir -p /etc/.kelvo/registry && mkfifo /etc/.kelvo/registry/Corvu.dat

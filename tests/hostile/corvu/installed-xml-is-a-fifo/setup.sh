@@ -1,0 +1,1 @@
+mkdir -p /opt/data && mkfifo /opt/data/installed.xml

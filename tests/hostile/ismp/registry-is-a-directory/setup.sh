@@ -1,0 +1,1 @@
+mkdir /root/vpd.properties

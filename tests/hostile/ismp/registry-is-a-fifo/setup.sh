@@ -1,0 +1,1 @@
+mkfifo /root/vpd.properties

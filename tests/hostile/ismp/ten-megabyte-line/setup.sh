@@ -1,0 +1,1 @@
+{ printf 'huge|1|0|0|0|x|1=Huge|'; head -c 10485760 /dev/zero | tr '\0' d; printf '|1|Vendor|null|1|/opt/huge|0|0|0|0|4| |\n'; printf 'next|2|0|0|0|x|1=Next|d|1|V|null|1|/opt/next|0|0|0|0|4| |\n'; } > /root/vpd.properties

@@ -1,0 +1,1 @@
+python3 -c "import sys; sys.stdout.write('<Product><ProductName>Huge</ProductName><ProductVersion>2.0</ProductVersion>' + '<Pad>' + 'x'*52428800 + '</Pad></Product>')" > /opt/o/properties/version/huge.xml

@@ -1,0 +1,1 @@
+cd /opt/o && ln -s . self && ln -s loop loop && ln -s /opt/o/properties properties/properties && ln -s version properties/version/version && ln -s a properties/version/b && ln -s b properties/version/a && mkfifo properties/version/pipe && ln -s /dev/zero properties/version/zero

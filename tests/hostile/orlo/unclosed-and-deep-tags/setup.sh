@@ -1,0 +1,1 @@
+python3 -c "import sys; n=200000; sys.stdout.write('<Product>' + '<a>'*n + '</a>'*n + '<ProductName>Deep</ProductName><ProductVersion>1</ProductVersion></Product>')" > /opt/o/properties/version/deep.xml

@@ -1,0 +1,2 @@
+PDX_HOME="$PWD"; export PDX_HOME
+PATH="$PWD/bin:$PATH"
