@@ -112,6 +112,11 @@ TEST_F(RootViewTest, SameInventoryAsTheSameFilesInPlace) {
     ASSERT_EQ(expected.exitStatus, 0) << expected.err;
     ASSERT_EQ(got.exitStatus, 0) << got.err;
     EXPECT_EQ(got.out, expected.out);
+    // Install directories under /usr are this machine's: always said in the trace.
+    e2e::RunResult traced = run({"--trace", "2", "eval", "DpkgProductList"});
+    EXPECT_NE(traced.err.find("/usr, /bin, /sbin and /lib* are this machine's own"),
+              std::string::npos)
+        << traced.err;
     for (const char* registry :
          {"\"rpm\"", "\"dpkg\"", "\"ismp\"", "\"any\"", "\"corvu\"", "\"orlo\""})
         EXPECT_NE(got.out.find(std::string("\"registry\": ") + registry), std::string::npos)
@@ -180,18 +185,24 @@ TEST_F(RootViewTest, TheRootsProgramsNeverRun) {
 
 TEST_F(RootViewTest, BadRootsAreRefused) {
     write("/file", "x");
+    fs::create_directories(root + "/private");
+    fs::permissions(root + "/private", fs::perms::owner_all);
+    const std::string asNobody =
+        std::string(kTimeLimit) + " setpriv --reuid=65534 --regid=65534 --clear-groups";
     const struct {
         std::string dir;
         const char* err;
+        std::string prefix;
     } cases[] = {
-        {root + "/missing", "No such file or directory"},
-        {root + "/file", "not a directory"},
-        {"/", "this is the machine's own root"},
-        {root + "/../" + fs::path(root).filename().string() + "/..//..", nullptr},
+        {root + "/missing", "No such file or directory", kTimeLimit},
+        {root + "/file", "not a directory", kTimeLimit},
+        {"/", "this is the machine's own root", kTimeLimit},
+        {root + "/private", "cannot be read: Permission denied", asNobody},
+        {root + "/../" + fs::path(root).filename().string() + "/..//..", nullptr, kTimeLimit},
     };
     for (const auto& c : cases) {
         e2e::RunOptions options;
-        options.prefix = kTimeLimit;
+        options.prefix = c.prefix;
         e2e::RunResult got = e2e::runRegscan({"--root", c.dir, "eval", "DpkgProductList"}, options);
         if (c.err) {
             EXPECT_EQ(got.exitStatus, 2) << c.dir;
