@@ -213,6 +213,39 @@ TEST_F(RootViewTest, BadRootsAreRefused) {
     }
 }
 
+// A batch file or catalog named on the command line is this machine's, read even
+// though the root has no such file.
+TEST_F(RootViewTest, FilesNamedOnTheCommandLineAreTheMachines) {
+    for (const auto& [path, content] : registryFiles())
+        write(path, content);
+    const std::string outside = root + "-files";
+    fs::create_directories(outside);
+    std::ofstream(outside + "/requests.jsonl")
+        << "{\"expression\": \"IsmpProductExists\", \"properties\": {\"code\": \"I1@4.0.0.0\"}}\n";
+    std::ofstream(outside + "/catalog.json")
+        << "[{\"id\": \"root-ismp\", \"vendor\": \"Vendor\", \"name\": \"Root ISMP*\", "
+           "\"version\": \"4.*\"}]";
+    const struct {
+        std::vector<std::string> args;
+        const char* out;
+    } cases[] = {
+        {{"batch", outside + "/requests.jsonl"}, "{\"code\":0,\"result\":\"TRUE\"}"},
+        {{"match", "--catalog", outside + "/catalog.json", "--format", "csv"}, "root-ismp"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.args[0]);
+        e2e::RunResult got = run(c.args);
+        EXPECT_EQ(got.exitStatus, 0) << got.err;
+        EXPECT_NE(got.out.find(c.out), std::string::npos) << got.out << got.err;
+    }
+    e2e::RunResult missing = run({"batch", outside + "/missing.jsonl"});
+    EXPECT_EQ(missing.exitStatus, 2);
+    EXPECT_NE(missing.err.find("cannot open " + outside + "/missing.jsonl"), std::string::npos)
+        << missing.err;
+    std::error_code ignored;
+    fs::remove_all(outside, ignored);
+}
+
 // As a normal user: a user namespace where the kernel allows one, else a clear error.
 TEST_F(RootViewTest, NormalUserGetsAUserNamespaceOrAClearError) {
     write("/var/lib/dpkg/status", statusWith("as-nobody"));
