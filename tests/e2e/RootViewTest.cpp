@@ -158,7 +158,9 @@ TEST_F(RootViewTest, LinksResolveInsideTheRootAndSpecialFilesDoNotBlock) {
 TEST_F(RootViewTest, TheRootsProgramsNeverRun) {
     // A product directory whose environment script and listing command would list
     // a package if they ran.
-    write("/opt/prod/pdx_env.sh", "PATH=/opt/prod:$PATH; export PATH\n");
+    write("/opt/prod/pdx_env.sh",
+          "echo 'PDXMS0164I: Name        : sourced'\necho 'PDXMS0165I: Version     : 1'\n"
+          "PATH=/opt/prod:$PATH; export PATH\n");
     write("/opt/prod/pdxcat",
           "#!/bin/sh\necho 'PDXMS0164I: Name        : evil'\necho 'PDXMS0165I: Version     : 1'\n");
     fs::permissions(root + "/opt/prod/pdxcat", fs::perms::owner_all, fs::perm_options::add);
@@ -177,6 +179,7 @@ TEST_F(RootViewTest, TheRootsProgramsNeverRun) {
                                "{\"expression\": \"RpmProductExists\", \"properties\": {\"code\": "
                                "\"synth5-5.5.5-1.el9-noarch\"}}\n");
     EXPECT_EQ(batch.out.find("evil"), std::string::npos) << batch.out;
+    EXPECT_EQ(batch.out.find("sourced"), std::string::npos) << batch.out;
     EXPECT_NE(batch.out.find("{\"code\":0,\"result\":\"TRUE\"}"), std::string::npos)
         << "rpm of this machine, the root's database\n"
         << batch.out << batch.err;
