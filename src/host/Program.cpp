@@ -78,23 +78,26 @@ int runEval(PluginSDK::Plugin& plugin, const Options& options, const CodeNames& 
     return EXIT_STATUS_OK;
 }
 
-int runBatch(PluginSDK::Plugin& plugin, const Options& options, std::istream& in, std::ostream& out,
-             std::ostream& err) {
-    BatchSession session(plugin);
-    if (!options.batchFromFile) {
-        return session.run(in, out);
-    }
+// Opens a file named on the command line; false, with the message, when it cannot
+// be read. Done before --root replaces the root, so the name is this machine's.
+bool openInput(const std::string& path, const char* what, std::ifstream& file, std::ostream& err) {
     struct stat info;
-    if (stat(options.batchFile.c_str(), &info) == 0 && S_ISDIR(info.st_mode)) {
-        err << "regscan: cannot read " << options.batchFile << ": it is a directory\n";
-        return EXIT_STATUS_USAGE;
+    if (stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode)) {
+        err << "regscan: cannot read " << what << path << ": it is a directory\n";
+        return false;
     }
-    std::ifstream file(options.batchFile, std::ios::binary);
+    file.open(path, std::ios::binary);
     if (!file) {
-        err << "regscan: cannot open " << options.batchFile << ": " << std::strerror(errno) << '\n';
-        return EXIT_STATUS_USAGE;
+        err << "regscan: cannot open " << what << path << ": " << std::strerror(errno) << '\n';
+        return false;
     }
-    return session.run(file, out);
+    return true;
+}
+
+int runBatch(PluginSDK::Plugin& plugin, const Options& options, std::istream& in,
+             std::istream& file, std::ostream& out) {
+    BatchSession session(plugin);
+    return session.run(options.batchFromFile ? file : in, out);
 }
 
 // Progress goes to standard error, when it is a terminal, unless --quiet was given
@@ -146,18 +149,7 @@ int runInventory(PluginSDK::Plugin& plugin, const Options& options, const CodeNa
 }
 
 int runMatchCommand(PluginSDK::Plugin& plugin, const Options& options, const CodeNames& names,
-                    std::ostream& out, std::ostream& err) {
-    struct stat info;
-    if (stat(options.catalogFile.c_str(), &info) == 0 && S_ISDIR(info.st_mode)) {
-        err << "regscan: cannot read catalog " << options.catalogFile << ": it is a directory\n";
-        return EXIT_STATUS_USAGE;
-    }
-    std::ifstream file(options.catalogFile, std::ios::binary);
-    if (!file) {
-        err << "regscan: cannot open catalog " << options.catalogFile << ": "
-            << std::strerror(errno) << '\n';
-        return EXIT_STATUS_USAGE;
-    }
+                    std::istream& file, std::ostream& out, std::ostream& err) {
     std::vector<Signature> catalog;
     try {
         catalog = readCatalog(file);
@@ -262,6 +254,14 @@ int runProgram(const std::vector<std::string>& args, std::istream& in, std::ostr
         }
     }
 
+    std::ifstream inputFile;
+    if ((options.command == Command::Batch && options.batchFromFile &&
+         !openInput(options.batchFile, "", inputFile, err)) ||
+        (options.command == Command::Match &&
+         !openInput(options.catalogFile, "catalog ", inputFile, err))) {
+        return EXIT_STATUS_USAGE;
+    }
+
     if (!options.rootDir.empty()) {
         int status = enterRoot(options, err);
         if (status != 0) {
@@ -288,11 +288,11 @@ int runProgram(const std::vector<std::string>& args, std::istream& in, std::ostr
         case Command::Eval:
             return runEval(plugin, options, names, out, err);
         case Command::Batch:
-            return runBatch(plugin, options, in, out, err);
+            return runBatch(plugin, options, in, inputFile, out);
         case Command::Inventory:
             return runInventory(plugin, options, names, out, err);
         case Command::Match:
-            return runMatchCommand(plugin, options, names, out, err);
+            return runMatchCommand(plugin, options, names, inputFile, out, err);
         case Command::None:
             break;
     }

@@ -145,20 +145,20 @@ bool contains(const char* const* begin, const char* const* end, const std::strin
 std::string checkedRoot(const std::string& rootDir) {
     char resolved[PATH_MAX];
     if (::realpath(rootDir.c_str(), resolved) == nullptr) {
-        throw ViewError(rootDir + ": " + errnoText(errno));
+        throw ViewError(errnoText(errno));
     }
     struct stat info;
     if (::stat(resolved, &info) != 0) {
-        throw ViewError(rootDir + ": " + errnoText(errno));
+        throw ViewError(errnoText(errno));
     }
     if (!S_ISDIR(info.st_mode)) {
-        throw ViewError(rootDir + ": not a directory");
+        throw ViewError("not a directory");
     }
     if (std::string(resolved) == "/") {
-        throw ViewError(rootDir + ": this is the machine's own root; run without --root");
+        throw ViewError("this is the machine's own root; run without --root");
     }
     if (::access(resolved, R_OK | X_OK) != 0) {
-        throw ViewError(rootDir + ": cannot be read: " + errnoText(errno));
+        throw ViewError("cannot be read: " + errnoText(errno));
     }
     return resolved;
 }
@@ -429,11 +429,12 @@ void buildView(const std::string& root, std::ostream& err) {
             shadowed += (shadowed.empty() ? "" : ", ") + entry;
         }
     }
-    if (!shadowed.empty()) {
-        traceLine(2, "--root: " + shadowed + " of " + root +
-                         " are not read: this machine's own are in their place (for rpm); install "
-                         "directories under them are searched in this machine's files");
-    }
+    // Said even when the root has none of them: an install directory that a registry
+    // of the root reports under /usr is still searched in this machine's /usr.
+    traceLine(2, "--root: /usr, /bin, /sbin and /lib* are this machine's own (for rpm)" +
+                     (shadowed.empty() ? std::string()
+                                       : "; " + shadowed + " of " + root + " are not read") +
+                     "; install directories under them are searched in this machine's files");
 }
 
 }  // namespace
