@@ -106,8 +106,9 @@ class CommandLine {
             ->type_name("PATH")
             ->check(nonEmpty("--trace-file needs a path"));
         app_.add_option("--root", options_.rootDir,
-                        "answer for the system mounted at DIR (an image or an\nunpacked container "
-                        "root); never runs its programs")
+                        "answer for the system mounted at DIR (an image or an\n"
+                        "unpacked container root); never runs its programs,\n"
+                        "so not with --set pdxDirectory")
             ->type_name("DIR")
             ->check(nonEmpty("--root needs a directory"));
         app_.add_flag("--quiet", options_.quiet, "no progress lines on a terminal");
