@@ -40,10 +40,10 @@ def schema_errors(document, main, others):
         from referencing import Registry, Resource  # jsonschema >= 4.18
         from referencing.jsonschema import specification_with
 
-        specification = specification_with(schema["$schema"])
+        dialect = specification_with(schema["$schema"])
         resources = []
         for name, other in referenced.items():
-            resource = Resource.from_contents(other, default_specification=specification)
+            resource = Resource.from_contents(other, default_specification=dialect)
             resources.append((base.rsplit("/", 1)[0] + "/" + name, resource))
         validator = cls(schema, registry=Registry().with_resources(resources),
                         format_checker=cls.FORMAT_CHECKER)

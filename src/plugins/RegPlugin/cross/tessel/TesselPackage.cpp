@@ -118,11 +118,15 @@ const PluginSDK::String& TesselPackage::fieldName(Field field) {
 const PluginSDK::String& TesselPackage::stateValue(Field field,
                                                    const wchar_t (&letters)[kStateLetters]) {
     const SharedTexts& texts = SharedTexts::get();
+    // A truth-valued field: true when the letter at `position` is `letter`.
+    auto flag = [&](int position, wchar_t letter) -> const PluginSDK::String& {
+        return letters[position] == letter ? texts.yes : texts.no;
+    };
     switch (field) {
         case FIELD_IS_INSTALLED:
-            return letters[0] == L'I' ? texts.yes : texts.no;
+            return flag(0, L'I');
         case FIELD_IS_COMMITTED:
-            return letters[1] == L'C' ? texts.yes : texts.no;
+            return flag(1, L'C');
         case FIELD_BACKUP_STATE:
             return letters[2] == L'P'   ? texts.prepared
                    : letters[2] == L'R' ? texts.restored
@@ -130,11 +134,11 @@ const PluginSDK::String& TesselPackage::stateValue(Field field,
                                         : texts.none;
         // The three flags share the fourth letter: at most one of them is true.
         case FIELD_REBOOT_REQUIRED:
-            return letters[3] == L'B' ? texts.yes : texts.no;
+            return flag(3, L'B');
         case FIELD_IS_DISCOVERED:
-            return letters[3] == L'D' ? texts.yes : texts.no;
+            return flag(3, L'D');
         case FIELD_IS_HIDDEN:
-            return letters[3] == L'H' ? texts.yes : texts.no;
+            return flag(3, L'H');
         case FIELD_ERROR_STATE:
             return letters[4] == L'C'   ? texts.changing
                    : letters[4] == L'E' ? texts.error
