@@ -31,6 +31,17 @@ class HOSTSDK_API InputStream {
     std::size_t m_position;
 };
 
+// Sees a child's standard output while Process::waitFor collects it, so that the
+// output can be worked on while the child still writes.
+class HOSTSDK_API OutputListener {
+  public:
+    virtual ~OutputListener();
+    // Called after each piece is collected: `output` is everything collected so
+    // far (its bytes may have moved since the last call), of which the bytes from
+    // `from` on are new. The child writes on meanwhile, into the pipe.
+    virtual void onOutput(const ByteBuffer& output, std::size_t from) = 0;
+};
+
 class HOSTSDK_API Process {
   public:
     // Deleting a process that has not been waited for kills the child (SIGKILL) and
@@ -48,6 +59,9 @@ class HOSTSDK_API Process {
     // for (for example ECHILD when it was reaped elsewhere); the process is then
     // forgotten: getPid() gives -1 and the destructor kills nothing.
     int waitFor();
+    // The same, telling `listener` of every piece of output as it is collected,
+    // the last one (collected after the child ended) too. The first call only.
+    int waitFor(OutputListener& listener);
     // The child's exit status; 128 + the signal number when it was killed by a
     // signal; -1 before waitFor() has succeeded.
     int exitValue() const { return m_exitValue; }
@@ -63,6 +77,7 @@ class HOSTSDK_API Process {
   private:
     friend class Runtime;
     Process(pid_t pid, int outputFd);
+    int waitAndCollect(OutputListener* listener);
     void forget();
 
     pid_t m_pid;

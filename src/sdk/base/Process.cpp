@@ -57,6 +57,8 @@ ByteBuffer InputStream::takeAll() {
 // ---------------------------------------------------------------------------
 // Process
 
+OutputListener::~OutputListener() = default;
+
 namespace {
 
 // At most this much is read at once when the pipe cannot tell how much it holds.
@@ -147,6 +149,14 @@ Process::~Process() {
 }
 
 int Process::waitFor() {
+    return waitAndCollect(nullptr);
+}
+
+int Process::waitFor(OutputListener& listener) {
+    return waitAndCollect(&listener);
+}
+
+int Process::waitAndCollect(OutputListener* listener) {
     if (m_waited) {
         return 0;
     }
@@ -173,6 +183,7 @@ int Process::waitFor() {
             }
             bool drained = false;
             if (ready > 0 && (fds[0].revents & (POLLIN | POLLHUP | POLLERR)) != 0) {
+                const std::size_t before = m_output.m_data.size();
                 const ssize_t got = readOnce(m_outputFd, m_output.m_data, SIZE_MAX);
                 if (got <= 0) {
                     // End of output (or a broken pipe): nothing more to collect.
@@ -180,6 +191,13 @@ int Process::waitFor() {
                     break;
                 }
                 drained = true;
+                if (listener != nullptr) {
+                    // The listener's work is a pause of its own, during which the child
+                    // fills the pipe: read on at once unless the pipe is still empty.
+                    listener->onOutput(m_output.m_data, before);
+                    int pending = 0;
+                    drained = ::ioctl(m_outputFd, FIONREAD, &pending) != 0 || pending == 0;
+                }
             }
             const pid_t done = ::waitpid(m_pid, &status, WNOHANG);
             if (done == m_pid) {
@@ -197,6 +215,7 @@ int Process::waitFor() {
         if (exited && m_outputFd >= 0) {
             // Collect what the child left in the pipe, but not what its own children
             // may still be writing: take the bytes buffered now and stop.
+            const std::size_t before = m_output.m_data.size();
             int pending = 0;
             if (::ioctl(m_outputFd, FIONREAD, &pending) == 0 && pending > 0) {
                 const int flags = ::fcntl(m_outputFd, F_GETFL);
@@ -209,6 +228,9 @@ int Process::waitFor() {
                     }
                     remaining -= static_cast<std::size_t>(got);
                 }
+            }
+            if (listener != nullptr && m_output.m_data.size() > before) {
+                listener->onOutput(m_output.m_data, before);
             }
         }
         closeFd(m_outputFd);

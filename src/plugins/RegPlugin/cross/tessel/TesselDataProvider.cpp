@@ -4,11 +4,13 @@
 #include <cstring>
 #include <cwchar>
 #include <iterator>
+#include <list>
 #include <map>
 #include <memory>
 #include <new>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "PluginSDK/PluginResult.h"
 #include "RegPluginConstants.h"
@@ -175,8 +177,11 @@ bool lineValue(const char* line, std::size_t length, const LineHead& head, Span&
 // only once, with memchr, however many lines the other one ends meanwhile.
 class LineEnds {
   public:
-    LineEnds(const char* data, std::size_t size)
-        : m_end(data + size), m_feed(nullptr), m_return(nullptr) {}
+    // `end` is where the bytes end.
+    explicit LineEnds(const char* end) : m_end(end), m_feed(nullptr), m_return(nullptr) {}
+
+    // The end of the bytes: next() gives it when no line end follows.
+    const char* end() const { return m_end; }
 
     const char* next(const char* from) {
         if (m_feed != m_end && m_feed < from) {
@@ -273,20 +278,145 @@ class TesselDataProvider::RecordReader : public TesselLineSink {
     bool m_pending;
 };
 
+// Turns the listing command's output into packages as it arrives: its complete
+// lines while the command runs (it is a listener of the command's output), the rest
+// once the command has ended. The trace lines of the records it skips are kept for
+// finish(), so that they come after the command's own lines, where they would be if
+// the output were read only once the command had ended.
+class TesselDataProvider::ListingReader : public OutputListener {
+  public:
+    explicit ListingReader(TesselDataProvider& provider)
+        : m_provider(provider),
+          m_listing(std::make_shared<ByteBuffer>()),
+          m_shared(m_listing),
+          m_heads({&provider.m_NameId.wide(), &provider.m_VersionId.wide(),
+                   &provider.m_UninstDataId.wide(), &provider.m_StateId.wide()}),
+          m_values{{0, 0}, {0, 0}, {0, 0}, {0, 0}},
+          m_pending(false),
+          m_parsed(0),
+          m_searched(0),
+          m_last(provider.index.end()),
+          m_packagesBefore(provider.packages.size()) {}
+
+    void onOutput(const ByteBuffer& output, std::size_t /*from*/) override {
+        parse(output.data(), output.size(), false);
+    }
+
+    // `output` is the whole output, of which onOutput saw a beginning (or nothing):
+    // reads the rest, the last line even without a line end, stores the last
+    // record and writes the trace lines kept so far. The packages keep `output`.
+    void finish(ByteBuffer output) {
+        parse(output.data(), output.size(), true);
+        if (m_pending) {
+            store(output.data());
+        }
+        *m_listing = std::move(output);
+        for (const Skipped& skipped : m_skipped) {
+            m_provider.traceSkipped(skipped);
+        }
+        m_skipped.clear();
+    }
+
+    // The command failed: takes back every package stored so far; the trace lines
+    // kept are dropped.
+    void discard() {
+        std::list<RegistryPackage*>& packages = m_provider.packages;
+        while (packages.size() > m_packagesBefore) {
+            RegistryPackage* package = packages.back();
+            packages.pop_back();
+            m_provider.index.erase(package->key);
+            delete package;
+        }
+        m_provider.dropMatchFields();
+        m_skipped.clear();
+    }
+
+  private:
+    // Reads the lines of the `size` bytes at `data` that were not read yet. A line
+    // without a line end is read only `atEnd`: more of it may follow.
+    void parse(const char* data, std::size_t size, bool atEnd) {
+        // A line feed or a carriage return ends a line; empty lines are skipped (CR
+        // and LF are single bytes that never occur inside a UTF-8 sequence).
+        LineEnds ends(data + size);
+        const char* line = data + m_parsed;
+        // The current line's end is not before m_searched (a long line arriving in
+        // pieces is searched once).
+        const char* searchFrom = data + m_searched;
+        while (line < ends.end()) {
+            const char* const lineEnd = ends.next(searchFrom);
+            if (lineEnd == ends.end() && !atEnd) {
+                m_searched = size;
+                break;
+            }
+            const auto length = static_cast<std::size_t>(lineEnd - line);
+            if (length > 0) {
+                readLine(data, line, length);
+            }
+            if (lineEnd == ends.end()) {
+                line = lineEnd;
+                break;
+            }
+            line = lineEnd + 1;
+            searchFrom = line;
+        }
+        m_parsed = static_cast<std::size_t>(line - data);
+        if (m_searched < m_parsed) {
+            m_searched = m_parsed;
+        }
+    }
+
+    void readLine(const char* data, const char* line, std::size_t length) {
+        readHead(line, length, m_head);
+        const int matched = m_heads.find(line, m_head);
+        Span value{0, 0};
+        if (matched >= 0 && lineValue(line, length, m_head, value)) {
+            value.offset += static_cast<std::size_t>(line - data);
+            m_values[matched] = value;
+            m_pending = true;
+        } else if (m_pending) {
+            store(data);
+            m_pending = false;
+        }
+    }
+
+    void store(const char* data) {
+        m_provider.storePackage(data, m_shared, m_values[0], m_values[1], m_values[2], m_values[3],
+                                m_last, m_skipped);
+    }
+
+    TesselDataProvider& m_provider;
+    // The output once it is complete; the packages make their fields from it.
+    std::shared_ptr<ByteBuffer> m_listing;
+    std::shared_ptr<const ByteBuffer> m_shared;  // the same, as the packages hold it
+    const IdHeads m_heads;
+    LineHead m_head;
+    // The current record's values: deliberately kept from one record to the next,
+    // so a record without one of the lines inherits the previous record's value.
+    Span m_values[4];
+    bool m_pending;
+    std::size_t m_parsed;    // the lines before this offset have been read
+    std::size_t m_searched;  // no line end between m_parsed and this offset
+    IndexPosition m_last;    // where the previous package went into the index
+    std::size_t m_packagesBefore;
+    std::vector<Skipped> m_skipped;
+};
+
 TErrorCode TesselDataProvider::loadInformation(TesselHandler* handler) {
     REG_TRACE_SCOPE("TesselDataProvider::loadInformation()");
     if (handler == nullptr) {
         return PluginSDK::ERROR_NULL_ARGUMENT;
     }
-    // The whole output, read after the command ended; the packages keep their texts
-    // in it.
+    // The output is read into packages while the command runs; they stay only when
+    // the command succeeds.
+    ListingReader reader(*this);
     ByteBuffer output;
-    const TErrorCode rc = handler->runCommand(String(kListCommand), output);
+    const TErrorCode rc = handler->runCommand(String(kListCommand), output, &reader);
     if (rc != PluginSDK::RESULT_OK) {
+        reader.discard();
         return rc;
     }
     REG_TRACE(3, "Parsing output from list command");
-    parseListing(std::move(output));
+    reader.finish(std::move(output));
     return PluginSDK::RESULT_OK;
 }
 
@@ -308,48 +438,22 @@ void TesselDataProvider::parseListing(const char* data, std::size_t size) {
 }
 
 void TesselDataProvider::parseListing(ByteBuffer output) {
-    if (output.empty()) {
-        return;
-    }
-    const auto listing = std::make_shared<const ByteBuffer>(std::move(output));
-    const char* const data = listing->data();
-    const std::size_t size = listing->size();
+    ListingReader(*this).finish(std::move(output));
+}
 
-    const std::wstring* const ids[] = {&m_NameId.wide(), &m_VersionId.wide(),
-                                       &m_UninstDataId.wide(), &m_StateId.wide()};
-    const IdHeads heads(ids);
-    // The current record's values: deliberately kept from one record to the next,
-    // so a record without one of the lines inherits the previous record's value.
-    Span values[4] = {{0, 0}, {0, 0}, {0, 0}, {0, 0}};
-    bool pending = false;
-    LineHead head;
-
-    // A line feed or a carriage return ends a line; empty lines are skipped (CR and
-    // LF are single bytes that never occur inside a UTF-8 sequence).
-    IndexPosition last = index.end();
-    LineEnds ends(data, size);
-    const char* const end = data + size;
-    for (const char* line = data; line < end;) {
-        const char* const lineEnd = ends.next(line);
-        const auto length = static_cast<std::size_t>(lineEnd - line);
-        if (length > 0) {
-            readHead(line, length, head);
-            const int matched = heads.find(line, head);
-            Span value{0, 0};
-            if (matched >= 0 && lineValue(line, length, head, value)) {
-                value.offset += static_cast<std::size_t>(line - data);
-                values[matched] = value;
-                pending = true;
-            } else if (pending) {
-                storePackage(listing, values[0], values[1], values[2], values[3], &last);
-                pending = false;
-            }
+void TesselDataProvider::parseListing(ByteBuffer output,
+                                      const std::vector<std::size_t>& pieceEnds) {
+    ListingReader reader(*this);
+    ByteBuffer arrived;
+    for (const std::size_t end : pieceEnds) {
+        const std::size_t before = arrived.size();
+        if (end <= before || end > output.size() ||
+            !arrived.append(output.data() + before, end - before)) {
+            continue;
         }
-        line = lineEnd + 1;
+        reader.onOutput(arrived, before);
     }
-    if (pending) {
-        storePackage(listing, values[0], values[1], values[2], values[3], &last);
-    }
+    reader.finish(std::move(output));
 }
 
 int TesselDataProvider::matchResultLine(const String& id, const String& line, String& value) {
@@ -367,9 +471,18 @@ bool TesselDataProvider::addPackage(String& name, String& version, String& unins
     return storePackage(name.wide(), version.wide(), uninstData.wide(), state.wide());
 }
 
-template <typename Make>
-bool TesselDataProvider::storeNew(const std::wstring& keyText, Make make, IndexPosition* last) {
+void TesselDataProvider::traceSkipped(const Skipped& skipped) {
     REG_TRACE_SCOPE("TesselDataProvider::addPackage(String &, String &, String &, String &)");
+    if (skipped.duplicate) {
+        REG_TRACE(1, "Skipped duplicate package with key='", skipped.key, "'");
+    } else {
+        REG_TRACE(2, "Failed to allocate memory for new package");
+    }
+}
+
+template <typename Make>
+bool TesselDataProvider::storeNew(const std::wstring& keyText, Make make, IndexPosition* last,
+                                  std::vector<Skipped>* skipped) {
     const PluginSDK::String key(keyText.data(), keyText.size());
     // find(key), then add(package) below, with one look into the index: the place
     // where the key is, or where it goes.
@@ -382,13 +495,15 @@ bool TesselDataProvider::storeNew(const std::wstring& keyText, Make make, IndexP
     } else {
         place = index.lower_bound(key);
     }
-    if (place != index.end() && !(key < place->first)) {
-        REG_TRACE(1, "Skipped duplicate package with key='", key, "'");
-        return false;
-    }
-    TesselPackage* package = make(key);
+    const bool duplicate = place != index.end() && !(key < place->first);
+    TesselPackage* package = duplicate ? nullptr : make(key);
     if (package == nullptr) {
-        REG_TRACE(2, "Failed to allocate memory for new package");
+        const Skipped skip{duplicate, key};
+        if (skipped == nullptr) {
+            traceSkipped(skip);
+        } else if (Tracer::isEnabled(duplicate ? 1 : 2)) {
+            skipped->push_back(skip);
+        }
         return false;
     }
     // What add(package) does for a key that is not there yet; it cannot fail.
@@ -426,32 +541,34 @@ bool TesselDataProvider::storePackage(const std::wstring& name, const std::wstri
             }
             return package;
         },
-        nullptr);
+        nullptr, nullptr);
 }
 
-bool TesselDataProvider::storePackage(const std::shared_ptr<const ByteBuffer>& listing,
+bool TesselDataProvider::storePackage(const char* data,
+                                      const std::shared_ptr<const ByteBuffer>& listing,
                                       const Span& name, const Span& version, const Span& uninstData,
-                                      const Span& state, IndexPosition* last) {
+                                      const Span& state, IndexPosition& last,
+                                      std::vector<Skipped>& skipped) {
     // The first five letters; a missing one is 0, one outside ASCII matches none.
     char letters[TesselPackage::kStateLetters] = {};
     std::size_t offset = state.offset;
     const std::size_t end = state.offset + state.length;
     for (std::size_t i = 0; i < TesselPackage::kStateLetters && offset < end; ++i) {
         wchar_t c;
-        offset += stepChar(listing->data() + offset, end - offset, c);
+        offset += stepChar(data + offset, end - offset, c);
         letters[i] = c < 0x80 ? static_cast<char>(c) : '\0';
     }
     m_keyText.clear();
-    Utf8::decode(listing->data() + name.offset, name.length, m_keyText);
+    Utf8::decode(data + name.offset, name.length, m_keyText);
     m_keyText += L'.';
-    Utf8::decode(listing->data() + version.offset, version.length, m_keyText);
+    Utf8::decode(data + version.offset, version.length, m_keyText);
     return storeNew(
         m_keyText,
         [&](const PluginSDK::String& key) -> TesselPackage* {
             return new (std::nothrow)
                 TesselPackage(key, listing, name, version, uninstData, letters);
         },
-        last);
+        &last, &skipped);
 }
 
 TErrorCode TesselDataProvider::getProperties(PluginSDK::Configuration* configuration,

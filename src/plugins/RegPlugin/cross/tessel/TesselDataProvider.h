@@ -9,6 +9,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "PluginSDK/Configuration.h"
 #include "base/ObjectArray.h"
@@ -34,8 +35,9 @@ class TesselDataProvider : public PreloadedDataProvider {
     TErrorCode load() override;
 
     // Runs "pdxcat -p" through `handler` and stores a package per record of its
-    // output (as parseLines does). Returns 0, -101 for a null handler, or the
-    // handler's error (nothing is stored then).
+    // output (as parseLines does). The output is read while the command runs, and
+    // the trace lines of skipped records are written once it has ended. Returns 0,
+    // -101 for a null handler, or the handler's error (nothing is stored then).
     TErrorCode loadInformation(TesselHandler* handler);
 
     // Turns listing lines into packages. A line that carries one of the four ids
@@ -49,6 +51,10 @@ class TesselDataProvider : public PreloadedDataProvider {
     void parseListing(const char* data, std::size_t size);
     // The same, keeping `output` itself.
     void parseListing(ByteBuffer output);
+    // The same, the output arriving in pieces as it does while the listing command
+    // runs: the reader looks at the output each time it has grown to one of the
+    // sizes `pieceEnds` (ascending, at most the output's size), then at the whole.
+    void parseListing(ByteBuffer output, const std::vector<std::size_t>& pieceEnds);
 
     // 1 when `line` carries `id` and `value` was set to the value, else 0 (`value`
     // untouched). The line carries the id when its first nine characters equal the
@@ -85,26 +91,39 @@ class TesselDataProvider : public PreloadedDataProvider {
 
   private:
     class RecordReader;
+    class ListingReader;
     using IndexPosition = std::map<PluginSDK::String, RegistryPackage*>::iterator;
+
+    // A record addPackage did not store: its key was taken, or (not `duplicate`)
+    // the package could not be made.
+    struct Skipped {
+        bool duplicate;
+        PluginSDK::String key;
+    };
+    // addPackage's trace line for `skipped`.
+    void traceSkipped(const Skipped& skipped);
 
     // addPackage on the texts themselves: a package with its fields stored.
     bool storePackage(const std::wstring& name, const std::wstring& version,
                       const std::wstring& uninstData, const std::wstring& state);
-    // addPackage on texts of `listing` (UTF-8): a package that makes its fields from
-    // the listing when they are asked for.
-    // `last` is where the previous package of the listing went into the index (see
-    // storeNew).
-    bool storePackage(const std::shared_ptr<const ByteBuffer>& listing,
+    // addPackage on texts of the listing at `data` (UTF-8): a package that makes
+    // its fields from `listing`, holding the same bytes once the listing is
+    // complete, when they are asked for. `last` is where the previous package of
+    // the listing went into the index (see storeNew); a record not stored is added
+    // to `skipped` instead of being traced, when its trace line would be written.
+    bool storePackage(const char* data, const std::shared_ptr<const ByteBuffer>& listing,
                       const TesselPackage::Span& name, const TesselPackage::Span& version,
                       const TesselPackage::Span& uninstData, const TesselPackage::Span& state,
-                      IndexPosition* last);
+                      IndexPosition& last, std::vector<Skipped>& skipped);
     // Stores the package `make(key)` makes under `keyText` unless the key is taken
-    // (or `make` gives null), with addPackage's trace lines. With `last` (an entry
-    // of the index, or end()), the key is first compared with the keys around it,
-    // so that a listing in key order costs two comparisons a package instead of a
-    // search of the index; `last` then moves to the new entry.
+    // (or `make` gives null), with addPackage's trace lines (kept in `skipped`
+    // instead, when given). With `last` (an entry of the index, or end()), the key
+    // is first compared with the keys around it, so that a listing in key order
+    // costs two comparisons a package instead of a search of the index; `last` then
+    // moves to the new entry.
     template <typename Make>
-    bool storeNew(const std::wstring& keyText, Make make, IndexPosition* last);
+    bool storeNew(const std::wstring& keyText, Make make, IndexPosition* last,
+                  std::vector<Skipped>* skipped);
 
     String m_NameId;
     String m_VersionId;

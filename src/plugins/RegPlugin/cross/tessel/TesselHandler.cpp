@@ -85,7 +85,8 @@ TErrorCode TesselHandler::runCommand(const String& command, ObjectArray<String>&
     return rc;
 }
 
-TErrorCode TesselHandler::runCommand(const String& command, ByteBuffer& output) {
+TErrorCode TesselHandler::runCommand(const String& command, ByteBuffer& output,
+                                     OutputListener* listener) {
     REG_TRACE_SCOPE("TesselHandler::runCommand(const String &, ObjectArray<String> &)");
     Process* process = nullptr;
     TErrorCode rc = createProcess(command, &process);
@@ -97,7 +98,11 @@ TErrorCode TesselHandler::runCommand(const String& command, ByteBuffer& output) 
     REG_TRACE(3, "Waiting for process to complete");
     // Collects the output while it waits, so a child writing more than a pipe holds
     // never blocks; a child that could not be waited for keeps the exit value -1.
-    process->waitFor();
+    if (listener != nullptr) {
+        process->waitFor(*listener);
+    } else {
+        process->waitFor();
+    }
     const int exitValue = process->exitValue();
     REG_TRACE(3, "Process exited; code: ", exitValue);
     if (exitValue != 0) {

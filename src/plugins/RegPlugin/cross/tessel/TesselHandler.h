@@ -37,8 +37,10 @@ class TesselHandler {
     // The child is always reaped before this returns.
     TErrorCode runCommand(const String& command, ObjectArray<String>& lines);
     // The same, storing the command's whole output, as it wrote it, in `output`
-    // (left as it was when the command fails).
-    TErrorCode runCommand(const String& command, ByteBuffer& output);
+    // (left as it was when the command fails). A `listener` sees the output as it
+    // is collected, while the command runs, whatever the command's exit value.
+    TErrorCode runCommand(const String& command, ByteBuffer& output,
+                          OutputListener* listener = nullptr);
 
     // Hands the lines of `size` bytes of UTF-8 output to `sink`, in order. A line
     // feed or a carriage return ends a line; empty lines are never handed on (so CR

@@ -48,11 +48,23 @@ std::string show(TesselDataProvider& provider) {
     return out.str();
 }
 
-// The same records from the raw listing and from its lines.
+// The same records from the raw listing, whole and arriving in pieces (a byte at a
+// time, in pieces of 7 bytes), and from its lines.
 void expectBothParsersGive(const std::string& listing, const std::string& expected) {
     Catalog fromBuffer;
     fromBuffer.parseListing(listing.data(), listing.size());
     EXPECT_EQ(show(fromBuffer), expected);
+    for (const std::size_t step : {1, 7}) {
+        std::vector<std::size_t> pieceEnds;
+        for (std::size_t end = step; end < listing.size(); end += step) {
+            pieceEnds.push_back(end);
+        }
+        ByteBuffer output;
+        output.append(listing.data(), listing.size());
+        Catalog fromPieces;
+        fromPieces.parseListing(std::move(output), pieceEnds);
+        EXPECT_EQ(show(fromPieces), expected) << "in pieces of " << step << " bytes";
+    }
     ObjectArray<String> lines;
     RegPlugin::TesselHandler::appendLines(listing.data(), listing.size(), lines);
     Catalog fromLines;
@@ -168,15 +180,33 @@ TEST(TesselDataProviderTest, LoadsTheListing) {
         Catalog catalog;
         ASSERT_EQ(catalog.load(), 0);
         EXPECT_EQ(show(catalog), c.expected);
-        EXPECT_TRUE(c.traceLine.empty() || trace.sink().contains(c.traceLine)) << c.traceLine;
         EXPECT_TRUE(trace.sink().contains("The pdxDirectory property is " + product.path()));
-        EXPECT_TRUE(trace.sink().contains("Parsing output from list command"));
+        // The records are read while the command runs, but their lines come after the
+        // command's, as if the output were parsed once the command had ended.
+        std::vector<std::string> order;
+        for (const MemoryTraceSink::Line& line : trace.sink().lines()) {
+            if (line.message == "Process exited; code: 0" ||
+                line.message == "Parsing output from list command" ||
+                (!c.traceLine.empty() && line.message == c.traceLine && line.level == 1 &&
+                 line.signature ==
+                     "TesselDataProvider::addPackage(String &, String &, String &, String &)")) {
+                order.push_back(line.message);
+            }
+        }
+        std::vector<std::string> expectedOrder = {"Process exited; code: 0",
+                                                  "Parsing output from list command"};
+        if (!c.traceLine.empty()) {
+            expectedOrder.push_back(c.traceLine);
+        }
+        EXPECT_EQ(order, expectedOrder);
         expectBothParsersGive(c.listing, c.expected);
     }
 }
 
 TEST(TesselDataProviderTest, LoadFailures) {
-    TesselProduct product(tesselRecord("a", "1", "u", "IC---"), "exit 1");
+    // The records read while the command ran are dropped, their trace lines too.
+    TesselProduct product(tesselRecord("a", "1", "u", "IC---") + tesselRecord("a", "1", "u", ""),
+                          "exit 1");
     struct Case {
         const char* what;
         const wchar_t* directory;  // null: not configured
@@ -203,7 +233,9 @@ TEST(TesselDataProviderTest, LoadFailures) {
         Catalog catalog;
         EXPECT_EQ(catalog.load(), c.expected);
         EXPECT_EQ(catalog.size(), 0);
+        EXPECT_EQ(catalog.getFirst(), nullptr);
         EXPECT_TRUE(trace.sink().contains(c.traceLine));
+        EXPECT_FALSE(trace.sink().contains("Skipped duplicate package with key='a.1'"));
         // Through the preloaded base: the loader's code is logged, never retried.
         Catalog queried;
         bool exists = true;
