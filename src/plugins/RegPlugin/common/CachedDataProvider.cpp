@@ -1,6 +1,8 @@
 #include "common/CachedDataProvider.h"
 
+#include <iterator>
 #include <unordered_map>
+#include <unordered_set>
 
 #include "RegPluginConstants.h"
 
@@ -37,8 +39,16 @@ TErrorCode CachedDataProvider::addToMap(RegistryPackage* package, const PluginSD
 }
 
 RegistryPackage* CachedDataProvider::find(const PluginSDK::String& key) {
+    if (m_lastFound != nullptr && key == m_lastKey) {
+        return m_lastFound;
+    }
     auto found = index.find(key);
-    return found == index.end() ? nullptr : found->second;
+    if (found == index.end()) {
+        return nullptr;
+    }
+    m_lastKey = found->first;
+    m_lastFound = found->second;
+    return m_lastFound;
 }
 
 RegistryPackage* CachedDataProvider::getFirst() {
@@ -70,8 +80,31 @@ TErrorCode CachedDataProvider::clear() {
     if (!index.empty()) {
         index.clear();
     }
+    m_lastFound = nullptr;
     dropMatchFields();
     return PluginSDK::RESULT_OK;
+}
+
+void CachedDataProvider::dropPackagesFrom(std::size_t count) {
+    if (packages.size() <= count) {
+        return;
+    }
+    const auto first = std::next(packages.begin(), static_cast<std::ptrdiff_t>(count));
+    const std::unordered_set<RegistryPackage*> dropped(first, packages.end());
+    for (auto entry = index.begin(); entry != index.end();) {
+        if (dropped.count(entry->second) != 0) {
+            entry = index.erase(entry);
+        } else {
+            ++entry;
+        }
+    }
+    for (auto package = first; package != packages.end(); ++package) {
+        delete *package;
+    }
+    packages.erase(first, packages.end());
+    cursor = packages.begin();
+    m_lastFound = nullptr;
+    dropMatchFields();
 }
 
 const std::vector<CachedDataProvider::MatchFields>& CachedDataProvider::matchFields() {

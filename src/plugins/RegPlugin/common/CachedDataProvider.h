@@ -3,6 +3,7 @@
 #ifndef REGPLUGIN_COMMON_CACHEDDATAPROVIDER_H
 #define REGPLUGIN_COMMON_CACHEDDATAPROVIDER_H
 
+#include <cstddef>
 #include <cstdint>
 #include <list>
 #include <map>
@@ -63,12 +64,23 @@ class CachedDataProvider : public RegistryDataProvider {
   protected:
     // Forgets the view of matchFields(); call it after changing `packages` directly.
     void dropMatchFields();
+    // Removes and destroys the packages stored after the first `count`, with every
+    // key that leads to them (aliases too), and rewinds the cursor: a load that
+    // failed takes back what it stored. The only way, besides clear(), in which
+    // packages or keys go.
+    void dropPackagesFrom(std::size_t count);
 
     std::list<RegistryPackage*> packages;
     std::map<PluginSDK::String, RegistryPackage*> index;
     std::list<RegistryPackage*>::iterator cursor;
 
   private:
+    // The package find() found last, under m_lastKey: hosts ask for several fields
+    // of one package in a row, each time by its key. Only packages found are kept
+    // (a key missing now may be added later); packages never go but through
+    // clear() and dropPackagesFrom(), which forget it.
+    RegistryPackage* m_lastFound = nullptr;
+    PluginSDK::String m_lastKey;
     std::vector<MatchFields> m_matchFields;
     std::wstring m_matchTexts;  // the texts m_matchFields point into
     bool m_matchFieldsMade = false;

@@ -17,7 +17,9 @@
 namespace RegPlugin {
 
 // The tracer of the plug-in's component (5).
-inline Tracer& pluginTracer() { return Tracer::getInstance(Tracer::COMPONENT_PLUGIN); }
+inline Tracer& pluginTracer() {
+    return Tracer::getInstance(Tracer::COMPONENT_PLUGIN);
+}
 
 template <class... Pieces>
 inline void traceLine(Trace& trace, int level, const char* file, int line,
@@ -43,9 +45,9 @@ inline void traceLine(Trace& trace, int level, const char* file, int line,
     ::RegPlugin::traceLine(regTrace_, level, __FILE__, __LINE__, __VA_ARGS__)
 
 // Checked in every build; the text of `expression` is the message.
-#define REG_ASSERT(expression)                                                      \
-    ((expression) ? static_cast<void>(0)                                            \
-                  : ::RegPlugin::assertionFailed(#expression, __FILE__, __LINE__, \
-                                                 __PRETTY_FUNCTION__))
+#define REG_ASSERT(expression)  \
+    ((expression)               \
+         ? static_cast<void>(0) \
+         : ::RegPlugin::assertionFailed(#expression, __FILE__, __LINE__, __PRETTY_FUNCTION__))
 
 #endif

@@ -42,6 +42,7 @@ class Cache : public RegPlugin::CachedDataProvider {
     TErrorCode enumPackages(RegistryPackage::Type, PluginSDK::StringVector&) override { return 0; }
     TErrorCode getPackage(const PluginSDK::String&, RegistryPackage**) override { return 0; }
     TErrorCode packageExists(const PluginSDK::String&, bool&) override { return 0; }
+    using CachedDataProvider::dropPackagesFrom;
 };
 
 TEST(CachedDataProviderTest, FirstOfAKeyWinsAndClearEmptiesElementsButKeepsThem) {
@@ -68,6 +69,7 @@ TEST(CachedDataProviderTest, FirstOfAKeyWinsAndClearEmptiesElementsButKeepsThem)
         EXPECT_EQ(cache.clear(), 0);
         EXPECT_EQ(destroyed, 2);  // `a`, reachable twice, destroyed once
         EXPECT_EQ(cache.size(), 2);
+        EXPECT_EQ(cache.find(L"b"), nullptr);  // the key found last, too
         EXPECT_EQ(cache.find(L"alias"), nullptr);
         auto* late = new FakePackage(L"late", RegistryPackage::PRODUCT, &destroyed);
         cache.add(late);
@@ -75,6 +77,32 @@ TEST(CachedDataProviderTest, FirstOfAKeyWinsAndClearEmptiesElementsButKeepsThem)
         EXPECT_EQ(cache.getFirst(), nullptr);  // iteration never reaches it
     }
     EXPECT_EQ(destroyed, 3);
+}
+
+// A failed load takes back what it stored: the packages after a count, with every
+// key that leads to them, also the one found last.
+TEST(CachedDataProviderTest, DropPackagesFromTakesBackLaterPackagesAndTheirKeys) {
+    int destroyed = 0;
+    Cache cache;
+    auto* a = new FakePackage(L"a", RegistryPackage::PRODUCT, &destroyed);
+    auto* b = new FakePackage(L"b", RegistryPackage::PRODUCT, &destroyed);
+    auto* c = new FakePackage(L"c", RegistryPackage::PRODUCT, &destroyed);
+    cache.add(a);
+    cache.add(b);
+    cache.add(c);
+    cache.addToMap(b, L"bee");
+    cache.addToMap(a, L"ay");
+    EXPECT_EQ(cache.find(L"bee"), b);
+    cache.dropPackagesFrom(3);  // nothing after the third
+    cache.dropPackagesFrom(1);
+    EXPECT_EQ(destroyed, 2);
+    EXPECT_EQ(cache.size(), 1);
+    for (const wchar_t* gone : {L"bee", L"b", L"c"}) {
+        EXPECT_EQ(cache.find(gone), nullptr) << PluginSDK::String(gone);
+    }
+    EXPECT_EQ(cache.find(L"ay"), a);
+    EXPECT_EQ(cache.getFirst(), a);
+    EXPECT_EQ(cache.getNext(), nullptr);
 }
 
 const Registry kRegistry = {{L"p1", RegistryPackage::PRODUCT},

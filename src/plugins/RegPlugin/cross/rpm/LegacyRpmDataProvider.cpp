@@ -12,7 +12,6 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
-#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -20,6 +19,7 @@
 #include "PluginSDK/VectorString.h"
 #include "RegPluginConstants.h"
 #include "base/Utf8.h"
+#include "common/DeferredTraceLines.h"
 #include "common/PluginTrace.h"
 #include "cross/rpm/LegacyRpmPackage.h"
 #include "cross/rpm/LegacyRpmUtil.h"
@@ -313,44 +313,11 @@ class ValueCache {
     std::unordered_map<std::string_view, PluginSDK::String> m_values;
 };
 
-// The level 3 lines about single records. Records are read while the command still
-// runs, but what the trace tells must follow the load as people read it: the lines
-// are written after "command executed with success, parsing command output", in
-// record order, and never when the command fails. Nothing is held while level 3
-// is filtered out.
-class DeferredLines {
-  public:
-    // Holds "`text``value`" as a level 3 line of source line `line`.
-    void add(int line, const char* text, const PluginSDK::String& value) {
-        if (Tracer::isEnabled(3)) {
-            m_lines.push_back({line, text, value});
-        }
-    }
-
-    // Writes the held lines into `trace` and forgets them.
-    void write(Trace& trace) {
-        for (const Line& held : m_lines) {
-            traceLine(trace, 3, __FILE__, held.line, held.text, held.value);
-        }
-        discard();
-    }
-
-    void discard() { std::vector<Line>().swap(m_lines); }
-
-  private:
-    struct Line {
-        int line;
-        const char* text;
-        PluginSDK::String value;
-    };
-    std::vector<Line> m_lines;
-};
-
 // Turns the records of the command's output into packages in `cache`; the lines it
 // traces are held in `lines`.
 class RecordReader {
   public:
-    RecordReader(CachedDataProvider& cache, DeferredLines& lines)
+    RecordReader(CachedDataProvider& cache, DeferredTraceLines& lines)
         : m_lines(lines), m_cache(cache), m_names(PropertyNames::get()) {}
 
     // Reads the record that starts at `record` and is NUL-terminated at `recordEnd`.
@@ -366,7 +333,7 @@ class RecordReader {
                         *p = kFieldSeparator;
                     }
                 }
-                m_lines.add(__LINE__, "skipping line ", PluginSDK::String(record));
+                m_lines.add(3, __FILE__, __LINE__, "skipping line ", PluginSDK::String(record));
                 return;
             }
         }
@@ -388,11 +355,11 @@ class RecordReader {
         decodeInto(fields[ARCH], text);
 
         const PluginSDK::String fullKey(text.data(), text.size());
-        m_lines.add(__LINE__, "creating new package for ", fullKey);
+        m_lines.add(3, __FILE__, __LINE__, "creating new package for ", fullKey);
         if (m_cache.find(fullKey) != nullptr) {
             // The cache would not take it; and its short key must not lead to a
             // package that nobody owns.
-            m_lines.add(__LINE__, "skipping duplicate package ", fullKey);
+            m_lines.add(3, __FILE__, __LINE__, "skipping duplicate package ", fullKey);
             return;
         }
         const PluginSDK::String shortKey(text.data(), shortKeyLength);
@@ -469,7 +436,7 @@ class RecordReader {
         return PluginSDK::String(static_cast<const wchar_t*>(m_elements));
     }
 
-    DeferredLines& m_lines;
+    DeferredTraceLines& m_lines;
     CachedDataProvider& m_cache;
     const PropertyNames& m_names;
     std::wstring m_text;     // keys and the values cut out of them
@@ -591,9 +558,12 @@ TErrorCode LegacyRpmDataProvider::load() {
 
     // Records are read in place in the buffer, while the command still runs. The
     // output's length, not its first zero byte, bounds the walk, so a stray zero
-    // byte costs one record, not the rest.
+    // byte costs one record, not the rest. The level 3 lines about single records
+    // must still follow the load as people read it: they are written after "command
+    // executed with success, parsing command output", in record order, and never
+    // when the command fails.
     const std::size_t packagesBefore = packages.size();
-    DeferredLines lines;
+    DeferredTraceLines lines;
     RecordReader reader(*this, lines);
     RecordStream stream(reader);
     REG_TRACE(3, "Executing rpm command ", kQueryCommand);
@@ -617,7 +587,7 @@ void LegacyRpmDataProvider::parseOutput(const char* data, std::size_t length,
     REG_ASSERT(data != __null || length == 0);
     MemoryBuffer buffer(kBufferSize, kBufferStep);
     buffer.zero();
-    DeferredLines lines;
+    DeferredTraceLines lines;
     RecordReader reader(*this, lines);
     RecordStream stream(reader);
     if (readSize == 0) {
@@ -647,27 +617,6 @@ void LegacyRpmDataProvider::parseOutput(const char* data, std::size_t length,
     }
     stream.finish(buffer, offset);
     lines.write(regTrace_);
-}
-
-void LegacyRpmDataProvider::dropPackagesFrom(std::size_t count) {
-    if (packages.size() <= count) {
-        return;
-    }
-    const auto first = std::next(packages.begin(), static_cast<std::ptrdiff_t>(count));
-    const std::unordered_set<RegistryPackage*> dropped(first, packages.end());
-    for (auto entry = index.begin(); entry != index.end();) {
-        if (dropped.count(entry->second) != 0) {
-            entry = index.erase(entry);
-        } else {
-            ++entry;
-        }
-    }
-    for (auto package = first; package != packages.end(); ++package) {
-        delete *package;
-    }
-    packages.erase(first, packages.end());
-    cursor = packages.begin();
-    dropMatchFields();
 }
 
 wchar_t* LegacyRpmDataProvider::parseRpmArray(char* i_String) {

@@ -47,11 +47,6 @@ class LegacyRpmDataProvider : public PreloadedDataProvider {
 
     // The command line that load() runs.
     static const char* queryCommand();
-
-  private:
-    // Removes and destroys the packages stored after the first `count`, with every
-    // key that leads to them.
-    void dropPackagesFrom(std::size_t count);
 };
 
 // The parsing helpers of the provider.

@@ -4,7 +4,6 @@
 #include <cstring>
 #include <cwchar>
 #include <iterator>
-#include <list>
 #include <map>
 #include <memory>
 #include <new>
@@ -15,6 +14,7 @@
 #include "PluginSDK/PluginResult.h"
 #include "RegPluginConstants.h"
 #include "base/Utf8.h"
+#include "common/DeferredTraceLines.h"
 #include "common/PluginTrace.h"
 #include "cross/tessel/TesselPackage.h"
 
@@ -204,6 +204,22 @@ class LineEnds {
     const char* m_return;
 };
 
+// The trace signature of the lines about records not stored.
+const char kAddPackageSignature[] =
+    "TesselDataProvider::addPackage(String &, String &, String &, String &)";
+
+// The line "`text``value``suffix`" of `level` about a record addPackage did not
+// store: held in `deferred` when given, otherwise written now.
+void traceNotStored(DeferredTraceLines* deferred, int level, int line, const char* text,
+                    const PluginSDK::String& value = PluginSDK::String(), const char* suffix = "") {
+    if (deferred != nullptr) {
+        deferred->add(level, __FILE__, line, text, value, suffix);
+        return;
+    }
+    Trace trace(pluginTracer(), kAddPackageSignature);
+    traceLine(trace, level, __FILE__, line, text, value, suffix);
+}
+
 // The flag an override gives: "true" or "false"; any other text is a broken rule
 // definition and ends the process.
 bool overrideValue(const wchar_t* text) {
@@ -311,24 +327,15 @@ class TesselDataProvider::ListingReader : public OutputListener {
             store(output.data());
         }
         *m_listing = std::move(output);
-        for (const Skipped& skipped : m_skipped) {
-            m_provider.traceSkipped(skipped);
-        }
-        m_skipped.clear();
+        Trace trace(pluginTracer(), kAddPackageSignature);
+        m_deferred.write(trace);
     }
 
     // The command failed: takes back every package stored so far; the trace lines
     // kept are dropped.
     void discard() {
-        std::list<RegistryPackage*>& packages = m_provider.packages;
-        while (packages.size() > m_packagesBefore) {
-            RegistryPackage* package = packages.back();
-            packages.pop_back();
-            m_provider.index.erase(package->key);
-            delete package;
-        }
-        m_provider.dropMatchFields();
-        m_skipped.clear();
+        m_provider.dropPackagesFrom(m_packagesBefore);
+        m_deferred.discard();
     }
 
   private:
@@ -381,7 +388,7 @@ class TesselDataProvider::ListingReader : public OutputListener {
 
     void store(const char* data) {
         m_provider.storePackage(data, m_shared, m_values[0], m_values[1], m_values[2], m_values[3],
-                                m_last, m_skipped);
+                                m_last, m_deferred);
     }
 
     TesselDataProvider& m_provider;
@@ -398,7 +405,7 @@ class TesselDataProvider::ListingReader : public OutputListener {
     std::size_t m_searched;  // no line end between m_parsed and this offset
     IndexPosition m_last;    // where the previous package went into the index
     std::size_t m_packagesBefore;
-    std::vector<Skipped> m_skipped;
+    DeferredTraceLines m_deferred;
 };
 
 TErrorCode TesselDataProvider::loadInformation(TesselHandler* handler) {
@@ -471,18 +478,9 @@ bool TesselDataProvider::addPackage(String& name, String& version, String& unins
     return storePackage(name.wide(), version.wide(), uninstData.wide(), state.wide());
 }
 
-void TesselDataProvider::traceSkipped(const Skipped& skipped) {
-    REG_TRACE_SCOPE("TesselDataProvider::addPackage(String &, String &, String &, String &)");
-    if (skipped.duplicate) {
-        REG_TRACE(1, "Skipped duplicate package with key='", skipped.key, "'");
-    } else {
-        REG_TRACE(2, "Failed to allocate memory for new package");
-    }
-}
-
 template <typename Make>
 bool TesselDataProvider::storeNew(const std::wstring& keyText, Make make, IndexPosition* last,
-                                  std::vector<Skipped>* skipped) {
+                                  DeferredTraceLines* deferred) {
     const PluginSDK::String key(keyText.data(), keyText.size());
     // find(key), then add(package) below, with one look into the index: the place
     // where the key is, or where it goes.
@@ -495,15 +493,13 @@ bool TesselDataProvider::storeNew(const std::wstring& keyText, Make make, IndexP
     } else {
         place = index.lower_bound(key);
     }
-    const bool duplicate = place != index.end() && !(key < place->first);
-    TesselPackage* package = duplicate ? nullptr : make(key);
+    if (place != index.end() && !(key < place->first)) {
+        traceNotStored(deferred, 1, __LINE__, "Skipped duplicate package with key='", key, "'");
+        return false;
+    }
+    TesselPackage* package = make(key);
     if (package == nullptr) {
-        const Skipped skip{duplicate, key};
-        if (skipped == nullptr) {
-            traceSkipped(skip);
-        } else if (Tracer::isEnabled(duplicate ? 1 : 2)) {
-            skipped->push_back(skip);
-        }
+        traceNotStored(deferred, 2, __LINE__, "Failed to allocate memory for new package");
         return false;
     }
     // What add(package) does for a key that is not there yet; it cannot fail.
@@ -548,7 +544,7 @@ bool TesselDataProvider::storePackage(const char* data,
                                       const std::shared_ptr<const ByteBuffer>& listing,
                                       const Span& name, const Span& version, const Span& uninstData,
                                       const Span& state, IndexPosition& last,
-                                      std::vector<Skipped>& skipped) {
+                                      DeferredTraceLines& deferred) {
     // The first five letters; a missing one is 0, one outside ASCII matches none.
     char letters[TesselPackage::kStateLetters] = {};
     std::size_t offset = state.offset;
@@ -568,7 +564,7 @@ bool TesselDataProvider::storePackage(const char* data,
             return new (std::nothrow)
                 TesselPackage(key, listing, name, version, uninstData, letters);
         },
-        &last, &skipped);
+        &last, &deferred);
 }
 
 TErrorCode TesselDataProvider::getProperties(PluginSDK::Configuration* configuration,

@@ -14,6 +14,7 @@
 #include "PluginSDK/Configuration.h"
 #include "base/ObjectArray.h"
 #include "base/String.h"
+#include "common/DeferredTraceLines.h"
 #include "common/PreloadedDataProvider.h"
 #include "cross/tessel/TesselHandler.h"
 #include "cross/tessel/TesselPackage.h"
@@ -94,36 +95,27 @@ class TesselDataProvider : public PreloadedDataProvider {
     class ListingReader;
     using IndexPosition = std::map<PluginSDK::String, RegistryPackage*>::iterator;
 
-    // A record addPackage did not store: its key was taken, or (not `duplicate`)
-    // the package could not be made.
-    struct Skipped {
-        bool duplicate;
-        PluginSDK::String key;
-    };
-    // addPackage's trace line for `skipped`.
-    void traceSkipped(const Skipped& skipped);
-
     // addPackage on the texts themselves: a package with its fields stored.
     bool storePackage(const std::wstring& name, const std::wstring& version,
                       const std::wstring& uninstData, const std::wstring& state);
     // addPackage on texts of the listing at `data` (UTF-8): a package that makes
     // its fields from `listing`, holding the same bytes once the listing is
     // complete, when they are asked for. `last` is where the previous package of
-    // the listing went into the index (see storeNew); a record not stored is added
-    // to `skipped` instead of being traced, when its trace line would be written.
+    // the listing went into the index (see storeNew); the trace line of a record not
+    // stored is held in `deferred`.
     bool storePackage(const char* data, const std::shared_ptr<const ByteBuffer>& listing,
                       const TesselPackage::Span& name, const TesselPackage::Span& version,
                       const TesselPackage::Span& uninstData, const TesselPackage::Span& state,
-                      IndexPosition& last, std::vector<Skipped>& skipped);
+                      IndexPosition& last, DeferredTraceLines& deferred);
     // Stores the package `make(key)` makes under `keyText` unless the key is taken
-    // (or `make` gives null), with addPackage's trace lines (kept in `skipped`
+    // (or `make` gives null), with addPackage's trace lines (held in `deferred`
     // instead, when given). With `last` (an entry of the index, or end()), the key
     // is first compared with the keys around it, so that a listing in key order
     // costs two comparisons a package instead of a search of the index; `last` then
     // moves to the new entry.
     template <typename Make>
     bool storeNew(const std::wstring& keyText, Make make, IndexPosition* last,
-                  std::vector<Skipped>* skipped);
+                  DeferredTraceLines* deferred);
 
     String m_NameId;
     String m_VersionId;
