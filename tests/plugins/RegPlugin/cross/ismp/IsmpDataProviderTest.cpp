@@ -21,6 +21,7 @@ namespace {
 using RegPlugin::IsmpDataProvider;
 using RegPlugin::RegistryPackage;
 using Packages = std::vector<std::string>;
+using Strings = std::vector<std::string>;
 
 // Fixture lines as the installers write them. KEY: identifier, four version parts, a
 // field the reader ignores, instance. INFO: name, description, a flag, vendor, a URL, a
@@ -189,35 +190,6 @@ TEST(IsmpDataProviderTest, LinesBecomePackages) {
              b,
          0,
          {featureOf("F1", "Feat"), productOf("B2", "Beta")}},
-        {"one field too many: refused, the rest of the file is not read",
-         a + key("X1") + "=" + head("Extra") + kProductTail + "|extra\n" + b,
-         REG_PLUGIN_ERROR_PARSING_ISMP_REGISTRY,
-         {productOf("A1", "Alpha")}},
-        {"an uninstaller field without a fifth token",
-         a + key("U1") + "=" + head("Uninst") + "|" + kLists + "|4|\"_uninst\" \"x.jar\"|" +
-             fields("t", 9) + "\n" + b,
-         REG_PLUGIN_ERROR_PARSING_ISMP_REGISTRY,
-         {productOf("A1", "Alpha")}},
-        {"a line without =",
-         a + key("N1") + "|" + head("NoEquals") + "\n" + b,
-         REG_PLUGIN_ERROR_INVALID_ISMP_REGISTRY_ENTRY,
-         {productOf("A1", "Alpha")}},
-        {"only = characters",
-         a + "=====\n" + b,
-         REG_PLUGIN_ERROR_INVALID_ISMP_REGISTRY_ENTRY,
-         {productOf("A1", "Alpha")}},
-        {"nothing after =",
-         a + key("N2") + "=\n" + b,
-         REG_PLUGIN_ERROR_INVALID_ISMP_REGISTRY_ENTRY,
-         {productOf("A1", "Alpha")}},
-        {"an empty name",
-         a + key("N3") + "= \t|desc|x\n" + b,
-         REG_PLUGIN_ERROR_INVALID_ISMP_REGISTRY_FIELD,
-         {productOf("A1", "Alpha")}},
-        {"INFO of separators only",
-         a + key("N4") + "=|||\n" + b,
-         REG_PLUGIN_ERROR_INVALID_ISMP_REGISTRY_FIELD,
-         {productOf("A1", "Alpha")}},
         {"a NUL byte ends the line's text; the next line is whole",
          key("Z1") + "=Name|de" + std::string(1, '\0') + "sc|flag" + kProductTail + "\n" + b,
          0,
@@ -228,31 +200,61 @@ TEST(IsmpDataProviderTest, LinesBecomePackages) {
          0,
          {"\xff\xfe@1.2.0.3|1|caf\xe9 \xc3\x28|1.2.0.3|1|caf\xe9 \xc3\x28 description|"
           "Example Vendor|/opt/\xed\xa0\x80|/opt/\xed\xa0\x80/_uninst/uninstall.dat"}},
+        {"a 10 MB field in the first counted list",
+         a + key("M1") + "=" + head("Big") + "|1|" + std::string(10 * 1024 * 1024, 'j') + "|1|" +
+             fields("d", 10) + "|0|0|4|" + kUninstaller + "|" + fields("t", 9) + "\n" + b,
+         0,
+         {productOf("A1", "Alpha"), productOf("M1", "Big"), productOf("B2", "Beta")}},
         {"empty file", "", 0, {}},
     };
     const TempDir dir;
     for (const auto& c : cases) {
+        SCOPED_TRACE(std::string(c.what) + "\ninput: " + printable(c.input));
         const Loaded loaded = load(dir.write("vpd.properties", c.input));
-        EXPECT_EQ(loaded.code, c.code) << c.what << "\ninput: " << printable(c.input);
-        EXPECT_EQ(loaded.packages, c.expected) << c.what << "\ninput: " << printable(c.input);
+        EXPECT_EQ(loaded.code, c.code);
+        EXPECT_EQ(loaded.packages, c.expected);
     }
 }
 
-TEST(IsmpDataProviderTest, BadInputNeverLosesThePackagesBefore) {
+// A refused line ends the load with its code; the packages before it stay, the
+// rest of the file is not read.
+TEST(IsmpDataProviderTest, RefusedLinesStopTheLoad) {
+    const struct {
+        const char* what;
+        std::string line;
+        TErrorCode code;
+    } cases[] = {
+        {"one field too many: refused, the rest of the file is not read",
+         key("X1") + "=" + head("Extra") + kProductTail + "|extra\n",
+         REG_PLUGIN_ERROR_PARSING_ISMP_REGISTRY},
+        {"an uninstaller field without a fifth token",
+         key("U1") + "=" + head("Uninst") + "|" + kLists + "|4|\"_uninst\" \"x.jar\"|" +
+             fields("t", 9) + "\n",
+         REG_PLUGIN_ERROR_PARSING_ISMP_REGISTRY},
+        {"a line without =", key("N1") + "|" + head("NoEquals") + "\n",
+         REG_PLUGIN_ERROR_INVALID_ISMP_REGISTRY_ENTRY},
+        {"only = characters", "=====\n", REG_PLUGIN_ERROR_INVALID_ISMP_REGISTRY_ENTRY},
+        {"nothing after =", key("N2") + "=\n", REG_PLUGIN_ERROR_INVALID_ISMP_REGISTRY_ENTRY},
+        {"an empty name", key("N3") + "= \t|desc|x\n",
+         REG_PLUGIN_ERROR_INVALID_ISMP_REGISTRY_FIELD},
+        {"INFO of separators only", key("N4") + "=|||\n",
+         REG_PLUGIN_ERROR_INVALID_ISMP_REGISTRY_FIELD},
+    };
+    const TempDir dir;
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        const Loaded loaded = load(
+            dir.write("vpd.properties", product("A1", "Alpha") + c.line + product("B2", "Beta")));
+        EXPECT_EQ(loaded.code, c.code);
+        EXPECT_EQ(loaded.packages, Packages{productOf("A1", "Alpha")});
+    }
+}
+
+TEST(IsmpDataProviderTest, GarbageNeverLosesThePackagesBefore) {
     const std::string a = product("A1", "Alpha");
     const std::string b = product("B2", "Beta");
-    // A 10 MB field in the first counted list.
-    const std::string huge = key("M1") + "=" + head("Big") + "|1|" +
-                             std::string(10 * 1024 * 1024, 'j') + "|1|" + fields("d", 10) +
-                             "|0|0|4|" + kUninstaller + "|" + fields("t", 9) + "\n";
     std::mt19937 random(11);
     const TempDir dir;
-    {
-        const Loaded loaded = load(dir.write("vpd.properties", a + huge + b));
-        EXPECT_EQ(loaded.code, 0);
-        EXPECT_EQ(loaded.packages, (Packages{productOf("A1", "Alpha"), productOf("M1", "Big"),
-                                             productOf("B2", "Beta")}));
-    }
     // Garbage of every byte value: whatever it parses to, the line before it stays.
     for (int round = 0; round < 20; ++round) {
         std::string garbage;
@@ -267,91 +269,55 @@ TEST(IsmpDataProviderTest, BadInputNeverLosesThePackagesBefore) {
     }
 }
 
-// The trace lines someone reading the trace of a load sees.
+// The trace lines of a load, and the file that even root cannot open (a write-only
+// sysctl).
 TEST(IsmpDataProviderTest, LoadOutcomesAndTheirTraceLines) {
     const TempDir dir;
     const std::string good = dir.write("good", product("A1", "Alpha"));
     const std::string bad = dir.write("bad", "=\n");
     const std::string missing = dir.path() + "/missing";
+    const std::string sysctl = "/proc/sys/vm/drop_caches";
     const struct {
         std::string path;
         TErrorCode code;
-        std::vector<std::pair<int, std::string>> lines;  // level, message
+        Strings lines;  // level, message
     } cases[] = {
-        {good,
-         0,
-         {{3, "package A1 version is: 1.2.0.3"}, {3, "ISMP registry file parsed: " + good}}},
-        {missing,
-         0,
-         {{1, "not a valid file"}, {3, "ISMP registry file does not exist: " + missing}}},
+        {good, 0, {"3 package A1 version is: 1.2.0.3", "3 ISMP registry file parsed: " + good}},
+        {missing, 0, {"1 not a valid file", "3 ISMP registry file does not exist: " + missing}},
         {dir.path(),
          0,
-         {{1, "not a valid file"}, {3, "ISMP registry file does not exist: " + dir.path()}}},
-        {bad,
-         REG_PLUGIN_ERROR_INVALID_ISMP_REGISTRY_ENTRY,
-         {{1, "parsing of file failed: " + bad}}},
+         {"1 not a valid file", "3 ISMP registry file does not exist: " + dir.path()}},
+        {bad, REG_PLUGIN_ERROR_INVALID_ISMP_REGISTRY_ENTRY, {"1 parsing of file failed: " + bad}},
+        {sysctl,
+         REG_PLUGIN_ERROR_UNABLE_TO_OPEN_ISMP_REGISTRY,
+         {"1 file cannot be opened", "1 parsing of file failed: " + sysctl}},
     };
     for (const auto& c : cases) {
+        SCOPED_TRACE(c.path);
         TraceCapture trace;
         IsmpDataProvider provider(c.path);
-        EXPECT_EQ(provider.load(), c.code) << c.path;
-        std::vector<std::pair<int, std::string>> lines;
-        for (const auto& line : trace.sink().lines())
-            lines.emplace_back(line.level, line.message);
-        EXPECT_EQ(lines, c.lines) << c.path;
-    }
-    {
-        TraceCapture trace;
-        IsmpDataProvider provider(good);
-        PluginSDK::StringVector keys;
-        EXPECT_EQ(provider.enumPackages(RegistryPackage::ANY, keys), 0);
-        const auto& lines = trace.sink().lines();
-        auto parsed = std::find_if(lines.begin(), lines.end(), [](const auto& line) {
-            return line.message.rfind("ISMP registry file parsed: ", 0) == 0;
-        });
-        ASSERT_NE(parsed, lines.end());
-        EXPECT_EQ(parsed->signature, "IsmpDataProvider::load(ProductList::ProductType)");
-        EXPECT_EQ(parsed->component, 5);
-        auto key = std::find_if(lines.begin(), lines.end(), [](const auto& line) {
-            return line.message == "package A1 version is: 1.2.0.3";
-        });
-        ASSERT_NE(key, lines.end());
-        EXPECT_EQ(key->signature, "IsmpDataProvider::parseRegistryEntryKey(char *, IsmpPackage &)");
-    }
-    {
-        // A failed load is remembered: the packages before the bad line stay in the
-        // cache, but queries get the load failure.
-        IsmpDataProvider provider(dir.write("stops", product("A1", "Alpha") + "=\n"));
-        PluginSDK::StringVector keys;
-        EXPECT_EQ(provider.enumPackages(RegistryPackage::ANY, keys),
-                  REG_PLUGIN_ERROR_UNABLE_TO_GET_PROGRAM_LIST);
-        EXPECT_EQ(provider.size(), 1);
-    }
-}
-
-TEST(IsmpDataProviderTest, AFileThatCannotBeOpenedFailsTheLoad) {
-    // A regular file that even root cannot open for reading: a write-only sysctl.
-    std::string path;
-    for (const char* candidate : {"/proc/sys/vm/compact_memory", "/proc/sys/vm/drop_caches"}) {
-        struct stat status {};
-        FILE* file = nullptr;
-        if (::stat(candidate, &status) == 0 && S_ISREG(status.st_mode) &&
-            (file = std::fopen(candidate, "r")) == nullptr) {
-            path = candidate;
-            break;
+        EXPECT_EQ(provider.load(), c.code);
+        EXPECT_EQ(provider.size(), c.path == good ? 1 : 0);
+        Strings lines;
+        for (const auto& line : trace.sink().lines()) {
+            lines.push_back(std::to_string(line.level) + " " + line.message);
+            if (c.path == good) {
+                EXPECT_EQ(line.signature, line.message == "package A1 version is: 1.2.0.3"
+                                              ? "IsmpDataProvider::parseRegistryEntryKey(char *, "
+                                                "IsmpPackage &)"
+                                              : "IsmpDataProvider::load(ProductList::ProductType)");
+                EXPECT_EQ(line.component, 5);
+            }
         }
-        if (file != nullptr)
-            std::fclose(file);
+        EXPECT_EQ(lines, c.lines);
     }
-    if (path.empty())
-        GTEST_SKIP() << "no regular file here that cannot be opened";
-    TraceCapture trace;
-    IsmpDataProvider provider(path);
-    EXPECT_EQ(provider.load(), REG_PLUGIN_ERROR_UNABLE_TO_OPEN_ISMP_REGISTRY);
-    EXPECT_EQ(provider.size(), 0);
-    EXPECT_EQ(
-        trace.sink().messages(1),
-        (std::vector<std::string>{"file cannot be opened", "parsing of file failed: " + path}));
+    // A failed load is remembered: the packages before the bad line stay in the
+    // cache, but queries get the load failure.
+    IsmpDataProvider provider(dir.write("stops", product("A1", "Alpha") + "=\n"));
+    PluginSDK::StringVector keys;
+    EXPECT_EQ(provider.enumPackages(RegistryPackage::ANY, keys),
+              REG_PLUGIN_ERROR_UNABLE_TO_GET_PROGRAM_LIST);
+    EXPECT_EQ(provider.size(), 1);
 }
 
 TEST(IsmpDataProviderTest, RegistryPathIsInRootsHome) {
