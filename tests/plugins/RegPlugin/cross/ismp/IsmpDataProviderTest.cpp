@@ -4,7 +4,6 @@
 #include <pwd.h>
 
 #include <cstdio>
-#include <cstring>
 #include <random>
 #include <string>
 #include <vector>
@@ -121,20 +120,21 @@ TEST(IsmpDataProviderTest, LinesBecomePackages) {
          a + feature("F1", "Feat") + key("F2") + "=" + head("Bare") + "|" + kLists + "|4\n" + b,
          {productOf("A1", "Alpha"), featureOf("F1", "Feat"), featureOf("F2", "Bare"),
           productOf("B2", "Beta")}},
-        {"counted lists of every length, negative counts skip nothing",
+        {"counted lists of every length, negative counts skip nothing, a leading blank is fine",
          key("C1") + "=" + head("Zero") + "|0|0|0|0|4|" + kUninstaller + "|" + fields("t", 9) +
              "\n" + key("C2") + "=" + head("Neg") + "|-1|-5|-2|-99999999999|4|" + kUninstaller +
-             "|" + fields("t", 9) + "\n" + key("C3") + "=" + head("Many") + "|3|x|y|z|2|" +
+             "|" + fields("t", 9) + "\n" + key("C3") + "=" + head("Many") + "| 3|x|y|z|2|" +
              fields("d", 20) + "|1|" + fields("s", 7) + "|1|" + fields("p", 5) + "|4|" +
              kUninstaller + "|" + fields("t", 9) + "\n",
          {productOf("C1", "Zero"), productOf("C2", "Neg"), productOf("C3", "Many")}},
-        {"bad or huge counts end the entry, which is kept; the file goes on",
+        {"bad, huge or blank-ended counts end the entry, which is kept; the file goes on",
          key("H1") + "=" + head("Huge") + "|99999999999|" + fields("x", 40) + "\n" + key("H2") +
              "=" + head("Word") + "|two|a|b\n" + key("H3") + "=" + head("Hex") + "|2|a|b|0x1|" +
              fields("d", 10) + "\n" + key("H4") + "=" + head("Tail") + "|2|a|b|1|" +
-             fields("d", 10) + "|0|0|4|" + kUninstaller + "|" + fields("t", 8) + "\n" + a,
+             fields("d", 10) + "|0|0|4|" + kUninstaller + "|" + fields("t", 8) + "\n" + key("H5") +
+             "=" + head("Blank") + "|1 |a\n" + a,
          {shortProductOf("H1", "Huge"), shortProductOf("H2", "Word"), shortProductOf("H3", "Hex"),
-          shortProductOf("H4", "Tail"), productOf("A1", "Alpha")}},
+          shortProductOf("H4", "Tail"), shortProductOf("H5", "Blank"), productOf("A1", "Alpha")}},
         {"blank version parts end the version",
          "V1|1|2| |3|x|1=" + head("Third") + kProductTail + "\nV2| \t|2|3|4|x|1=" + head("None") +
              "\nV3|7|8|9| |x| i2 =" + head("Three") + "\n",
@@ -361,42 +361,6 @@ TEST(IsmpDataProviderTest, ReadLineReadsWholeLinesOfAnyLength) {
         EXPECT_EQ(lines, c.lines) << printable(c.input);
         EXPECT_EQ(buffer.size, c.size) << printable(c.input);
         std::fclose(file);
-    }
-}
-
-// skip() on a line cut up by strtok: what each target passes over and when it fails.
-TEST(IsmpDataProviderTest, SkipPassesOverFieldsAndCountedLists) {
-    using Target = IsmpDataProvider::SkipTarget;
-    const Target kFields = IsmpDataProvider::SKIP_FIELDS;
-    const Target kList = IsmpDataProvider::SKIP_COUNTED_LIST;
-    const TErrorCode kBad = REG_PLUGIN_ERROR_INVALID_ISMP_REGISTRY_FIELD;
-    const struct {
-        const char* line;  // the first field is taken before skip()
-        Target target;
-        int count;
-        TErrorCode code;
-        const char* next;  // the field after, or null
-    } cases[] = {
-        {"h|a|b|c", kFields, 2, 0, "c"},
-        {"h|a|b", kFields, 3, kBad, nullptr},
-        {"h|a", kFields, -4, 0, "a"},
-        {"h|2|a|b|c|d|e", kList, 2, 0, "e"},
-        {"h| 1|a|b", kList, 1, 0, "b"},
-        {"h|-3|a", kList, 1, 0, "a"},
-        {"h|1 |a", kList, 1, kBad, "a"},
-        {"h|", kList, 1, kBad, nullptr},
-        {"h|99999999999999999999|a|b", kList, 1, kBad, nullptr},
-        {"h|99999999999999999999|a", kList, 0, 0, "a"},
-        {"h|1|1|2|3|4|5|6|7|8|9|10|x", IsmpDataProvider::SKIP_TEN_FIELD_LIST, 3, 0, "x"},
-        {"h|a", static_cast<Target>(7), 5, 0, "a"},
-    };
-    for (const auto& c : cases) {
-        IsmpDataProvider provider("unused");
-        std::string line = c.line;
-        std::strtok(&line[0], "|");
-        EXPECT_EQ(provider.skip(c.target, c.count), c.code) << c.line;
-        const char* next = std::strtok(nullptr, "|");
-        EXPECT_EQ(next ? std::string(next) : "null", c.next ? c.next : "null") << c.line;
     }
 }
 

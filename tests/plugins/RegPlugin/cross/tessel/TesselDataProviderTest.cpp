@@ -73,45 +73,6 @@ void expectBothParsersGive(const std::string& listing, const std::string& expect
     EXPECT_EQ(show(fromLines), expected);
 }
 
-TEST(TesselDataProviderTest, MatchResultLine) {
-    struct Case {
-        std::wstring line;
-        int matched;
-        std::wstring value;  // "(untouched)" when nothing matched
-    };
-    const std::wstring id = L"PDXMS0164I";
-    const std::vector<Case> cases = {
-        {L"PDXMS0164I Package name: office-suite", 1, L"office-suite"},
-        {L"PDXMS0164I Package name:  padded \t", 1, L" padded \t"},
-        // The character after the colon is skipped whatever it is.
-        {L"PDXMS0164I Package name:x-y", 1, L"-y"},
-        {L"PDXMS0164I Package name:", 1, L""},
-        {L"PDXMS0164I Package name: ", 1, L""},
-        {L"PDXMS0164I:value", 1, L"alue"},
-        {L"PDXMS0164I Time: 10:20", 1, L"10:20"},
-        // Colons before position 10 do not count.
-        {L"PDXMS0164:a: value", 1, L"value"},
-        {L"PDX:S0164I no colon after", 0, L"(untouched)"},
-        {L"PDXMS0164I no colon", 0, L"(untouched)"},
-        // Nine characters of the id are compared.
-        {L"PDXMS0164E Package name: err", 1, L"err"},
-        {L"PDXMS0165I Package version: 1.0", 0, L"(untouched)"},
-        {L"pdxms0164I Package name: x", 0, L"(untouched)"},
-        {L" PDXMS0164I Package name: x", 0, L"(untouched)"},
-        {L"PDXMS016", 0, L"(untouched)"},
-        {L"PDXMS0164", 0, L"(untouched)"},
-        {L"", 0, L"(untouched)"},
-        {std::wstring(L"PDXMS0164I n\0l: a\0b", 19), 1, std::wstring(L"a\0b", 3)},
-    };
-    Catalog catalog;
-    for (const Case& c : cases) {
-        String value(L"(untouched)");
-        EXPECT_EQ(catalog.matchResultLine(String(id), String(c.line), value), c.matched)
-            << String(c.line);
-        EXPECT_EQ(value.wide(), c.value) << String(c.line);
-    }
-}
-
 TEST(TesselDataProviderTest, ParsesRecords) {
     const std::string kOddName = std::string("n\xc3\xa9\xff") + std::string("\0x", 2);
     const std::vector<std::pair<std::string, std::string>> cases = {
@@ -172,13 +133,27 @@ TEST(TesselDataProviderTest, ParsesRecords) {
         // A carriage return alone splits a value.
         {"PDXMS0164I n: a\rb\nPDXMS0165I v: 1\n",
          "a.|a|||false|false||false|false|false|\na.1|a|1||false|false||false|false|false|\n"},
+        // Nine characters of the id are compared, case and place exactly; the value
+        // starts after the first colon from the 11th character on, skipping one
+        // character whatever it is.
+        {"PDXMS0164E Package name: err\nPDXMS0165I Time: 10:20\nPDXMS0804:a: value\n"
+         " PDXMS0164I n: x\npdxms0165I v: 2\nPDXMS0164I n:  padded \t\nPDXMS0165I v: 1\n",
+         "err.10:20|err|10:20|value|false|false||false|false|false|\n"
+         " padded \t.1| padded \t|1|value|false|false||false|false|false|\n"},
         // Eleven characters are the shortest line with a value.
         {"PDXMS0164I\nPDXMS0165I:\nPDXMS0164I: x\n", "x.|x|||false|false||false|false|false|\n"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE("listing: " + printable(c.first));
         expectBothParsersGive(c.first, c.second);
-    }
+    }  // The one-line form: 1 and the value, or 0 and the value left alone.
+    Catalog catalog;
+    String value(L"kept");
+    EXPECT_EQ(catalog.matchResultLine(String("PDXMS0164I"), String("PDXMS0164I no colon"), value),
+              0);
+    EXPECT_EQ(value.wide(), L"kept");
+    EXPECT_EQ(catalog.matchResultLine(String("PDXMS0164I"), String("PDXMS0164I a: b"), value), 1);
+    EXPECT_EQ(value.wide(), L"b");
 }
 
 // The records are read while the command runs, but their lines come after the

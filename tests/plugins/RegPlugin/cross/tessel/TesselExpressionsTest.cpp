@@ -88,7 +88,7 @@ TEST_F(TesselExpressionsTest, StateCriteriaFromConfigurationAndOverrides) {
     const std::vector<Case> cases = {
         {nullptr, nullptr, nullptr, nullptr, "base.1,base.2"},
         {T, nullptr, nullptr, nullptr, "base.1,beta.2,base.2"},
-        {nullptr, T, L"false", nullptr, "base.1,gone.3,old.4,base.2"},
+        {T, T, L"false", nullptr, "base.1,gone.3,old.4,base.2"},
         {PLUGIN_RESULT_FALSE, nullptr, L"true", L"true", "base.1,beta.2,gone.3,old.4,base.2"},
     };
     const std::vector<std::pair<const wchar_t*, const char*>> versions = {
