@@ -129,10 +129,11 @@ TEST(IsmpDataProviderTest, LinesBecomePackages) {
          {productOf("C1", "Zero"), productOf("C2", "Neg"), productOf("C3", "Many")}},
         {"bad, huge or blank-ended counts end the entry, which is kept; the file goes on",
          key("H1") + "=" + head("Huge") + "|99999999999|" + fields("x", 40) + "\n" + key("H2") +
-             "=" + head("Word") + "|two|a|b\n" + key("H3") + "=" + head("Hex") + "|2|a|b|0x1|" +
-             fields("d", 10) + "\n" + key("H4") + "=" + head("Tail") + "|2|a|b|1|" +
-             fields("d", 10) + "|0|0|4|" + kUninstaller + "|" + fields("t", 8) + "\n" + key("H5") +
-             "=" + head("Blank") + "|1 |a\n" + a,
+             "=" + head("Word") + "|two|a|b\n" + key("H3") + "=" + head("Hex") +
+             "|2|a|b|0x0|0|0|4|" + kUninstaller + "|" + fields("t", 9) + "\n" + key("H4") + "=" +
+             head("Tail") + "|2|a|b|1|" + fields("d", 10) + "|0|0|4|" + kUninstaller + "|" +
+             fields("t", 8) + "\n" + key("H5") + "=" + head("Blank") + "|1 |a|0|0|0|4|" +
+             kUninstaller + "|" + fields("t", 9) + "\n" + a,
          {shortProductOf("H1", "Huge"), shortProductOf("H2", "Word"), shortProductOf("H3", "Hex"),
           shortProductOf("H4", "Tail"), shortProductOf("H5", "Blank"), productOf("A1", "Alpha")}},
         {"blank version parts end the version",
