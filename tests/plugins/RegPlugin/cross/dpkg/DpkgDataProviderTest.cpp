@@ -126,14 +126,10 @@ TEST(DpkgDataProviderTest, ParagraphsBecomeInstalledPackages) {
          "Package: a\r\nStatus: install ok installed\r\nVersion: 1\r\nDescription: d\r\n more\r\n"
          "\r\nPackage: b\r\nStatus: install ok installed\r\n",
          {"a|a|1|1|d", "b|b|-|-|-"}},
-        {"a 2047-byte line",
-         a + "Package: c\n" + kInstalled + padded("Depends: x", 2047) + "\nVersion: 3\n\n" + b,
-         abc},
-        {"a 2048-byte line",
-         a + "Package: c\n" + kInstalled + padded("Depends: x", 2048) + "\nVersion: 3\n\n" + b,
-         abc},
-        {"a 100 KB line",
-         a + "Package: c\n" + kInstalled + padded("Depends: x", 100000) + "\nVersion: 3\n\n" + b,
+        {"lines of 2047 and 2048 bytes and one longer than the read buffer",
+         a + "Package: c\n" + kInstalled + padded("Depends: x", 2047) + "\n" +
+             padded("Depends: x", 2048) + "\nVersion: 3\n" + padded("Depends: x", 200000) + "\n\n" +
+             b,
          abc},
         {"binary garbage", a + garbage + "\n\n" + b, {"a|a|1|1|-", "b|b|2|2|-"}},
         {"NUL bytes end a line's text",

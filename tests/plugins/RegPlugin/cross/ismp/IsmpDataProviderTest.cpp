@@ -2,11 +2,8 @@
 
 #include <gtest/gtest.h>
 #include <pwd.h>
-#include <sys/stat.h>
 
-#include <algorithm>
 #include <cstdio>
-#include <cstring>
 #include <random>
 #include <string>
 #include <vector>
@@ -21,6 +18,7 @@ namespace {
 using RegPlugin::IsmpDataProvider;
 using RegPlugin::RegistryPackage;
 using Packages = std::vector<std::string>;
+using Strings = Packages;
 
 // Fixture lines as the installers write them. KEY: identifier, four version parts, a
 // field the reader ignores, instance. INFO: name, description, a flag, vendor, a URL, a
@@ -116,34 +114,31 @@ TEST(IsmpDataProviderTest, LinesBecomePackages) {
     const struct {
         const char* what;
         std::string input;
-        TErrorCode code;
         Packages expected;
     } cases[] = {
         {"products and features",
          a + feature("F1", "Feat") + key("F2") + "=" + head("Bare") + "|" + kLists + "|4\n" + b,
-         0,
          {productOf("A1", "Alpha"), featureOf("F1", "Feat"), featureOf("F2", "Bare"),
           productOf("B2", "Beta")}},
-        {"counted lists of every length, negative counts skip nothing",
+        {"counted lists of every length, negative counts skip nothing, a leading blank is fine",
          key("C1") + "=" + head("Zero") + "|0|0|0|0|4|" + kUninstaller + "|" + fields("t", 9) +
              "\n" + key("C2") + "=" + head("Neg") + "|-1|-5|-2|-99999999999|4|" + kUninstaller +
-             "|" + fields("t", 9) + "\n" + key("C3") + "=" + head("Many") + "|3|x|y|z|2|" +
+             "|" + fields("t", 9) + "\n" + key("C3") + "=" + head("Many") + "| 3|x|y|z|2|" +
              fields("d", 20) + "|1|" + fields("s", 7) + "|1|" + fields("p", 5) + "|4|" +
              kUninstaller + "|" + fields("t", 9) + "\n",
-         0,
          {productOf("C1", "Zero"), productOf("C2", "Neg"), productOf("C3", "Many")}},
-        {"bad or huge counts end the entry, which is kept; the file goes on",
+        {"bad, huge or blank-ended counts end the entry, which is kept; the file goes on",
          key("H1") + "=" + head("Huge") + "|99999999999|" + fields("x", 40) + "\n" + key("H2") +
-             "=" + head("Word") + "|two|a|b\n" + key("H3") + "=" + head("Hex") + "|2|a|b|0x1|" +
-             fields("d", 10) + "\n" + key("H4") + "=" + head("Tail") + "|2|a|b|1|" +
-             fields("d", 10) + "|0|0|4|" + kUninstaller + "|" + fields("t", 8) + "\n" + a,
-         0,
+             "=" + head("Word") + "|two|a|b\n" + key("H3") + "=" + head("Hex") +
+             "|2|a|b|0x0|0|0|4|" + kUninstaller + "|" + fields("t", 9) + "\n" + key("H4") + "=" +
+             head("Tail") + "|2|a|b|1|" + fields("d", 10) + "|0|0|4|" + kUninstaller + "|" +
+             fields("t", 8) + "\n" + key("H5") + "=" + head("Blank") + "|1 |a|0|0|0|4|" +
+             kUninstaller + "|" + fields("t", 9) + "\n" + a,
          {shortProductOf("H1", "Huge"), shortProductOf("H2", "Word"), shortProductOf("H3", "Hex"),
-          shortProductOf("H4", "Tail"), productOf("A1", "Alpha")}},
+          shortProductOf("H4", "Tail"), shortProductOf("H5", "Blank"), productOf("A1", "Alpha")}},
         {"blank version parts end the version",
          "V1|1|2| |3|x|1=" + head("Third") + kProductTail + "\nV2| \t|2|3|4|x|1=" + head("None") +
              "\nV3|7|8|9| |x| i2 =" + head("Three") + "\n",
-         0,
          {"V1@1.2|1|Third|1.2|1|Third description|Example Vendor|/opt/app|"
           "/opt/app/_uninst/uninstall.dat",
           "V2@|1|None||1|None description|Example Vendor|/opt/app|-",
@@ -151,16 +146,13 @@ TEST(IsmpDataProviderTest, LinesBecomePackages) {
         {"adjacent | are one separator: later fields move forward",
          "J1|1||2|3|4|5|6=Name||flag|Vendor|url|ver|/opt/j|0|0|0|0|4|" + kUninstaller + "|" +
              fields("t", 9) + "\n",
-         0,
          {"J1@1.2.3.4|1|Name|1.2.3.4|6|flag|url|0|-"}},
         {"a second = ends INFO; leading = are skipped",
          key("E1") + "=Name|a=b|flag|Vendor" + kProductTail + "\n==" + key("E2") +
              "==" + head("Lead") + kProductTail + "\n",
-         0,
          {"E1@1.2.0.3|1|Name|1.2.0.3|1|a|||-", productOf("E2", "Lead")}},
         {"a 1000-character line",
          longHead + longDescription + longTail + "\n" + b,
-         0,
          {"L@1.2.0.3|1|Long|1.2.0.3|1|" + longDescription +
               "|Example Vendor|/opt/app|/opt/app/_uninst/uninstall.dat",
           productOf("B2", "Beta")}},
@@ -168,91 +160,84 @@ TEST(IsmpDataProviderTest, LinesBecomePackages) {
          "\r\n" + product("A1", "Alpha").insert(product("A1", "Alpha").size() - 1, "\r") +
              crlfFeature + key("D1") + "=" + head("Dir", "/opt/d") + "\r\n" + key("D2") + "=" +
              head("Count") + "|0\r\n",
-         0,
          {productOf("A1", "Alpha"), featureOf("F9", "Feat"),
           "D1@1.2.0.3|1|Dir|1.2.0.3|1|Dir description|Example Vendor|/opt/d|-",
           shortProductOf("D2", "Count")}},
         {"blank lines are skipped",
          "\n   \n\t\r\n" + a + "\n\n" + b,
-         0,
          {productOf("A1", "Alpha"), productOf("B2", "Beta")}},
         {"no final newline",
          a + product("B2", "Beta").substr(0, product("B2", "Beta").size() - 1),
-         0,
          {productOf("A1", "Alpha"), productOf("B2", "Beta")}},
         {"the first line of a key wins",
          a + product("A1", "Other") + b,
-         0,
          {productOf("A1", "Alpha"), productOf("B2", "Beta")}},
         {"a feature is not checked for extra fields",
          key("F1") + "=" + head("Feat") + kFeatureTail + "|more|fields|" + fields("t", 12) + "\n" +
              b,
-         0,
          {featureOf("F1", "Feat"), productOf("B2", "Beta")}},
-        {"one field too many: refused, the rest of the file is not read",
-         a + key("X1") + "=" + head("Extra") + kProductTail + "|extra\n" + b,
-         REG_PLUGIN_ERROR_PARSING_ISMP_REGISTRY,
-         {productOf("A1", "Alpha")}},
-        {"an uninstaller field without a fifth token",
-         a + key("U1") + "=" + head("Uninst") + "|" + kLists + "|4|\"_uninst\" \"x.jar\"|" +
-             fields("t", 9) + "\n" + b,
-         REG_PLUGIN_ERROR_PARSING_ISMP_REGISTRY,
-         {productOf("A1", "Alpha")}},
-        {"a line without =",
-         a + key("N1") + "|" + head("NoEquals") + "\n" + b,
-         REG_PLUGIN_ERROR_INVALID_ISMP_REGISTRY_ENTRY,
-         {productOf("A1", "Alpha")}},
-        {"only = characters",
-         a + "=====\n" + b,
-         REG_PLUGIN_ERROR_INVALID_ISMP_REGISTRY_ENTRY,
-         {productOf("A1", "Alpha")}},
-        {"nothing after =",
-         a + key("N2") + "=\n" + b,
-         REG_PLUGIN_ERROR_INVALID_ISMP_REGISTRY_ENTRY,
-         {productOf("A1", "Alpha")}},
-        {"an empty name",
-         a + key("N3") + "= \t|desc|x\n" + b,
-         REG_PLUGIN_ERROR_INVALID_ISMP_REGISTRY_FIELD,
-         {productOf("A1", "Alpha")}},
-        {"INFO of separators only",
-         a + key("N4") + "=|||\n" + b,
-         REG_PLUGIN_ERROR_INVALID_ISMP_REGISTRY_FIELD,
-         {productOf("A1", "Alpha")}},
         {"a NUL byte ends the line's text; the next line is whole",
          key("Z1") + "=Name|de" + std::string(1, '\0') + "sc|flag" + kProductTail + "\n" + b,
-         0,
          {"Z1@1.2.0.3|1|Name|1.2.0.3|1|de|||-", productOf("B2", "Beta")}},
         {"invalid UTF-8 is kept byte for byte",
          key("\xff\xfe") + "=" + head("caf\xe9 \xc3\x28", "/opt/\xed\xa0\x80") + kProductTail +
              "\n",
-         0,
          {"\xff\xfe@1.2.0.3|1|caf\xe9 \xc3\x28|1.2.0.3|1|caf\xe9 \xc3\x28 description|"
           "Example Vendor|/opt/\xed\xa0\x80|/opt/\xed\xa0\x80/_uninst/uninstall.dat"}},
-        {"empty file", "", 0, {}},
+        {"a 10 MB field in the first counted list",
+         a + key("M1") + "=" + head("Big") + "|1|" + std::string(10 * 1024 * 1024, 'j') + "|1|" +
+             fields("d", 10) + "|0|0|4|" + kUninstaller + "|" + fields("t", 9) + "\n" + b,
+         {productOf("A1", "Alpha"), productOf("M1", "Big"), productOf("B2", "Beta")}},
+        {"empty file", "", {}},
     };
     const TempDir dir;
     for (const auto& c : cases) {
+        SCOPED_TRACE(std::string(c.what) + "\ninput: " + printable(c.input));
         const Loaded loaded = load(dir.write("vpd.properties", c.input));
-        EXPECT_EQ(loaded.code, c.code) << c.what << "\ninput: " << printable(c.input);
-        EXPECT_EQ(loaded.packages, c.expected) << c.what << "\ninput: " << printable(c.input);
+        EXPECT_EQ(loaded.code, 0);
+        EXPECT_EQ(loaded.packages, c.expected);
     }
 }
 
-TEST(IsmpDataProviderTest, BadInputNeverLosesThePackagesBefore) {
+// A refused line ends the load with its code; the packages before it stay, the
+// rest of the file is not read.
+TEST(IsmpDataProviderTest, RefusedLinesStopTheLoad) {
+    const struct {
+        const char* what;
+        std::string line;
+        TErrorCode code;
+    } cases[] = {
+        {"one field too many: refused, the rest of the file is not read",
+         key("X1") + "=" + head("Extra") + kProductTail + "|extra\n",
+         REG_PLUGIN_ERROR_PARSING_ISMP_REGISTRY},
+        {"an uninstaller field without a fifth token",
+         key("U1") + "=" + head("Uninst") + "|" + kLists + "|4|\"_uninst\" \"x.jar\"|" +
+             fields("t", 9) + "\n",
+         REG_PLUGIN_ERROR_PARSING_ISMP_REGISTRY},
+        {"a line without =", key("N1") + "|" + head("NoEquals") + "\n",
+         REG_PLUGIN_ERROR_INVALID_ISMP_REGISTRY_ENTRY},
+        {"only = characters", "=====\n", REG_PLUGIN_ERROR_INVALID_ISMP_REGISTRY_ENTRY},
+        {"nothing after =", key("N2") + "=\n", REG_PLUGIN_ERROR_INVALID_ISMP_REGISTRY_ENTRY},
+        {"an empty name", key("N3") + "= \t|desc|x\n",
+         REG_PLUGIN_ERROR_INVALID_ISMP_REGISTRY_FIELD},
+        {"INFO of separators only", key("N4") + "=|||\n",
+         REG_PLUGIN_ERROR_INVALID_ISMP_REGISTRY_FIELD},
+    };
+    const TempDir dir;
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        const Loaded loaded = load(
+            dir.write("vpd.properties", product("A1", "Alpha") + c.line + product("B2", "Beta")));
+        EXPECT_EQ(loaded.code, c.code);
+        EXPECT_EQ(loaded.packages, Packages{productOf("A1", "Alpha")});
+    }
+}
+
+TEST(IsmpDataProviderTest, GarbageNeverLosesThePackagesBefore) {
     const std::string a = product("A1", "Alpha");
     const std::string b = product("B2", "Beta");
-    // A 10 MB field in the first counted list.
-    const std::string huge = key("M1") + "=" + head("Big") + "|1|" +
-                             std::string(10 * 1024 * 1024, 'j') + "|1|" + fields("d", 10) +
-                             "|0|0|4|" + kUninstaller + "|" + fields("t", 9) + "\n";
     std::mt19937 random(11);
     const TempDir dir;
-    {
-        const Loaded loaded = load(dir.write("vpd.properties", a + huge + b));
-        EXPECT_EQ(loaded.code, 0);
-        EXPECT_EQ(loaded.packages, (Packages{productOf("A1", "Alpha"), productOf("M1", "Big"),
-                                             productOf("B2", "Beta")}));
-    }
     // Garbage of every byte value: whatever it parses to, the line before it stays.
     for (int round = 0; round < 20; ++round) {
         std::string garbage;
@@ -267,91 +252,55 @@ TEST(IsmpDataProviderTest, BadInputNeverLosesThePackagesBefore) {
     }
 }
 
-// The trace lines someone reading the trace of a load sees.
+// The trace lines of a load, and the file that even root cannot open (a write-only
+// sysctl).
 TEST(IsmpDataProviderTest, LoadOutcomesAndTheirTraceLines) {
     const TempDir dir;
     const std::string good = dir.write("good", product("A1", "Alpha"));
     const std::string bad = dir.write("bad", "=\n");
     const std::string missing = dir.path() + "/missing";
+    const std::string sysctl = "/proc/sys/vm/drop_caches";
     const struct {
         std::string path;
         TErrorCode code;
-        std::vector<std::pair<int, std::string>> lines;  // level, message
+        Strings lines;  // level, message
     } cases[] = {
-        {good,
-         0,
-         {{3, "package A1 version is: 1.2.0.3"}, {3, "ISMP registry file parsed: " + good}}},
-        {missing,
-         0,
-         {{1, "not a valid file"}, {3, "ISMP registry file does not exist: " + missing}}},
+        {good, 0, {"3 package A1 version is: 1.2.0.3", "3 ISMP registry file parsed: " + good}},
+        {missing, 0, {"1 not a valid file", "3 ISMP registry file does not exist: " + missing}},
         {dir.path(),
          0,
-         {{1, "not a valid file"}, {3, "ISMP registry file does not exist: " + dir.path()}}},
-        {bad,
-         REG_PLUGIN_ERROR_INVALID_ISMP_REGISTRY_ENTRY,
-         {{1, "parsing of file failed: " + bad}}},
+         {"1 not a valid file", "3 ISMP registry file does not exist: " + dir.path()}},
+        {bad, REG_PLUGIN_ERROR_INVALID_ISMP_REGISTRY_ENTRY, {"1 parsing of file failed: " + bad}},
+        {sysctl,
+         REG_PLUGIN_ERROR_UNABLE_TO_OPEN_ISMP_REGISTRY,
+         {"1 file cannot be opened", "1 parsing of file failed: " + sysctl}},
     };
     for (const auto& c : cases) {
+        SCOPED_TRACE(c.path);
         TraceCapture trace;
         IsmpDataProvider provider(c.path);
-        EXPECT_EQ(provider.load(), c.code) << c.path;
-        std::vector<std::pair<int, std::string>> lines;
-        for (const auto& line : trace.sink().lines())
-            lines.emplace_back(line.level, line.message);
-        EXPECT_EQ(lines, c.lines) << c.path;
-    }
-    {
-        TraceCapture trace;
-        IsmpDataProvider provider(good);
-        PluginSDK::StringVector keys;
-        EXPECT_EQ(provider.enumPackages(RegistryPackage::ANY, keys), 0);
-        const auto& lines = trace.sink().lines();
-        auto parsed = std::find_if(lines.begin(), lines.end(), [](const auto& line) {
-            return line.message.rfind("ISMP registry file parsed: ", 0) == 0;
-        });
-        ASSERT_NE(parsed, lines.end());
-        EXPECT_EQ(parsed->signature, "IsmpDataProvider::load(ProductList::ProductType)");
-        EXPECT_EQ(parsed->component, 5);
-        auto key = std::find_if(lines.begin(), lines.end(), [](const auto& line) {
-            return line.message == "package A1 version is: 1.2.0.3";
-        });
-        ASSERT_NE(key, lines.end());
-        EXPECT_EQ(key->signature, "IsmpDataProvider::parseRegistryEntryKey(char *, IsmpPackage &)");
-    }
-    {
-        // A failed load is remembered: the packages before the bad line stay in the
-        // cache, but queries get the load failure.
-        IsmpDataProvider provider(dir.write("stops", product("A1", "Alpha") + "=\n"));
-        PluginSDK::StringVector keys;
-        EXPECT_EQ(provider.enumPackages(RegistryPackage::ANY, keys),
-                  REG_PLUGIN_ERROR_UNABLE_TO_GET_PROGRAM_LIST);
-        EXPECT_EQ(provider.size(), 1);
-    }
-}
-
-TEST(IsmpDataProviderTest, AFileThatCannotBeOpenedFailsTheLoad) {
-    // A regular file that even root cannot open for reading: a write-only sysctl.
-    std::string path;
-    for (const char* candidate : {"/proc/sys/vm/compact_memory", "/proc/sys/vm/drop_caches"}) {
-        struct stat status {};
-        FILE* file = nullptr;
-        if (::stat(candidate, &status) == 0 && S_ISREG(status.st_mode) &&
-            (file = std::fopen(candidate, "r")) == nullptr) {
-            path = candidate;
-            break;
+        EXPECT_EQ(provider.load(), c.code);
+        EXPECT_EQ(provider.size(), c.path == good ? 1 : 0);
+        Strings lines;
+        for (const auto& line : trace.sink().lines()) {
+            lines.push_back(std::to_string(line.level) + " " + line.message);
+            if (c.path == good) {
+                EXPECT_EQ(line.signature, line.message == "package A1 version is: 1.2.0.3"
+                                              ? "IsmpDataProvider::parseRegistryEntryKey(char *, "
+                                                "IsmpPackage &)"
+                                              : "IsmpDataProvider::load(ProductList::ProductType)");
+                EXPECT_EQ(line.component, 5);
+            }
         }
-        if (file != nullptr)
-            std::fclose(file);
+        EXPECT_EQ(lines, c.lines);
     }
-    if (path.empty())
-        GTEST_SKIP() << "no regular file here that cannot be opened";
-    TraceCapture trace;
-    IsmpDataProvider provider(path);
-    EXPECT_EQ(provider.load(), REG_PLUGIN_ERROR_UNABLE_TO_OPEN_ISMP_REGISTRY);
-    EXPECT_EQ(provider.size(), 0);
-    EXPECT_EQ(
-        trace.sink().messages(1),
-        (std::vector<std::string>{"file cannot be opened", "parsing of file failed: " + path}));
+    // A failed load is remembered: the packages before the bad line stay in the
+    // cache, but queries get the load failure.
+    IsmpDataProvider provider(dir.write("stops", product("A1", "Alpha") + "=\n"));
+    PluginSDK::StringVector keys;
+    EXPECT_EQ(provider.enumPackages(RegistryPackage::ANY, keys),
+              REG_PLUGIN_ERROR_UNABLE_TO_GET_PROGRAM_LIST);
+    EXPECT_EQ(provider.size(), 1);
 }
 
 TEST(IsmpDataProviderTest, RegistryPathIsInRootsHome) {
@@ -413,43 +362,6 @@ TEST(IsmpDataProviderTest, ReadLineReadsWholeLinesOfAnyLength) {
         EXPECT_EQ(lines, c.lines) << printable(c.input);
         EXPECT_EQ(buffer.size, c.size) << printable(c.input);
         std::fclose(file);
-    }
-}
-
-// skip() on a line cut up by strtok: what each target passes over and when it fails.
-TEST(IsmpDataProviderTest, SkipPassesOverFieldsAndCountedLists) {
-    using Target = IsmpDataProvider::SkipTarget;
-    const struct {
-        const char* line;  // the first field is taken before skip()
-        Target target;
-        int count;
-        TErrorCode code;
-        const char* next;  // the field after, or null
-    } cases[] = {
-        {"h|a|b|c", IsmpDataProvider::SKIP_FIELDS, 2, 0, "c"},
-        {"h|a|b", IsmpDataProvider::SKIP_FIELDS, 3, REG_PLUGIN_ERROR_INVALID_ISMP_REGISTRY_FIELD,
-         nullptr},
-        {"h|a", IsmpDataProvider::SKIP_FIELDS, -4, 0, "a"},
-        {"h|2|a|b|c|d|e", IsmpDataProvider::SKIP_COUNTED_LIST, 2, 0, "e"},
-        {"h| 1|a|b", IsmpDataProvider::SKIP_COUNTED_LIST, 1, 0, "b"},
-        {"h|-3|a", IsmpDataProvider::SKIP_COUNTED_LIST, 1, 0, "a"},
-        {"h|1 |a", IsmpDataProvider::SKIP_COUNTED_LIST, 1,
-         REG_PLUGIN_ERROR_INVALID_ISMP_REGISTRY_FIELD, "a"},
-        {"h|", IsmpDataProvider::SKIP_COUNTED_LIST, 1, REG_PLUGIN_ERROR_INVALID_ISMP_REGISTRY_FIELD,
-         nullptr},
-        {"h|99999999999999999999|a|b", IsmpDataProvider::SKIP_COUNTED_LIST, 1,
-         REG_PLUGIN_ERROR_INVALID_ISMP_REGISTRY_FIELD, nullptr},
-        {"h|99999999999999999999|a", IsmpDataProvider::SKIP_COUNTED_LIST, 0, 0, "a"},
-        {"h|1|1|2|3|4|5|6|7|8|9|10|x", IsmpDataProvider::SKIP_TEN_FIELD_LIST, 3, 0, "x"},
-        {"h|a", static_cast<Target>(7), 5, 0, "a"},
-    };
-    for (const auto& c : cases) {
-        IsmpDataProvider provider("unused");
-        std::string line = c.line;
-        std::strtok(&line[0], "|");
-        EXPECT_EQ(provider.skip(c.target, c.count), c.code) << c.line;
-        const char* next = std::strtok(nullptr, "|");
-        EXPECT_EQ(next ? std::string(next) : "null", c.next ? c.next : "null") << c.line;
     }
 }
 

@@ -14,38 +14,6 @@ namespace {
 
 using RegPlugin::MemoryBuffer;
 
-TEST(MemoryBufferTest, ResizeRoundsToStepsZeroesTheTailAndRefusesWhatDoesNotFit) {
-    const struct {
-        unsigned int initial, step, newSize, expectedSize;
-        bool null;  // resize returns null
-    } cases[] = {
-        {0, 8, 10, 16, false},
-        {0, 8, 16, 16, false},
-        {16, 8, 5, 8, false},
-        {8, 8, 20, 24, false},
-        {16, 8, 11, 16, false},
-        {10, 4096, 0, 0, true},
-        {10, 4096, UINT_MAX, 4096, true},  // rounded up, needs 33 bits: buffer untouched
-    };
-    for (const auto& c : cases) {
-        const std::string label = std::to_string(c.initial) + "/" + std::to_string(c.step) +
-                                  " -> " + std::to_string(c.newSize);
-        MemoryBuffer buffer(c.initial, c.step);
-        if (c.initial != 0)
-            std::memset(buffer.data, 0xab, c.initial);
-        EXPECT_EQ(buffer.resize(c.newSize) == nullptr, c.null) << label;
-        EXPECT_EQ(buffer.size, c.expectedSize) << label;
-        const unsigned int kept = std::min(c.initial, c.newSize);  // the rest is zero
-        for (unsigned int i = 0; i < buffer.size; ++i)
-            EXPECT_EQ(buffer.data[i], i < kept ? 0xab : 0) << label << ", byte " << i;
-        EXPECT_EQ(buffer.zero(), buffer.data) << label;
-        EXPECT_EQ(std::count(buffer.data, buffer.data + buffer.size, 0),
-                  std::ptrdiff_t{buffer.size})
-            << label;
-    }
-    EXPECT_EQ(MemoryBuffer(0, 4096).data, nullptr);
-}
-
 // Leaves freed heap memory of many sizes filled with 0xab, so that memory the buffer
 // gets from the allocator next is not zero by chance.
 void dirtyTheHeap() {
@@ -58,37 +26,47 @@ void dirtyTheHeap() {
         std::free(block);
 }
 
-// Grown (and shrunk) in a row of steps on a heap full of used memory, with every
-// byte of the content written before each step: what a step adds reads as zeros.
-TEST(MemoryBufferTest, GrowthZeroFillsMemoryTheAllocatorHadUsed) {
+// A row of resizes on a heap full of used memory, every byte of the content written
+// before each: the size rounds up to whole steps, what a step adds reads as zeros, and
+// a size of zero or one that does not fit is refused.
+TEST(MemoryBufferTest, ResizeRoundsToStepsAndZeroFillsWhatItAdds) {
     const struct {
         unsigned int initial, step;
-        std::vector<unsigned int> sizes;
+        std::vector<std::pair<unsigned int, unsigned int>> resizes;  // new size, size after
     } cases[] = {
         // execCommand's pattern: 16 KiB, then one step more each time the data fills it.
-        {16384, 4096, {16385, 20481, 24577, 28673, 32769, 65536, 65537, 300000, 1200000}},
-        {8, 8, {9, 17, 100, 1000, 5000}},
-        {0, 64, {100, 4000, 50, 6000, 64, 200000}},
+        {16384,
+         4096,
+         {{16385, 20480}, {20481, 24576}, {65536, 65536}, {65537, 69632}, {1200000, 1200128}}},
+        {0, 8, {{10, 16}, {16, 16}, {5, 8}, {20, 24}, {17, 24}, {1000, 1000}, {5000, 5000}}},
+        {0, 64, {{100, 128}, {4000, 4032}, {50, 64}, {6000, 6016}, {200000, 200000}}},
+        {10, 4096, {{0, 0}}},
+        {10, 4096, {{UINT_MAX, 4096}}},  // rounded up, needs 33 bits: buffer untouched
     };
     for (const auto& c : cases) {
         dirtyTheHeap();
         MemoryBuffer buffer(c.initial, c.step);
-        for (unsigned int next : c.sizes) {
+        for (const auto& resize : c.resizes) {
             const unsigned int old = buffer.size;
             if (old != 0)
                 std::memset(buffer.data, 0xab, old);
-            buffer.resize(next);
+            const bool refused = resize.first == 0 || resize.first == UINT_MAX;
             const std::string label = "step " + std::to_string(c.step) + ": " +
-                                      std::to_string(old) + " -> " + std::to_string(next);
-            ASSERT_EQ(buffer.size, (next + c.step - 1) / c.step * c.step) << label;
-            const unsigned int kept = std::min(old, next);
+                                      std::to_string(old) + " -> " + std::to_string(resize.first);
+            EXPECT_EQ(buffer.resize(resize.first) == nullptr, refused) << label;
+            ASSERT_EQ(buffer.size, resize.second) << label;
+            const unsigned int kept = refused ? buffer.size : std::min(old, resize.first);
             const unsigned char* data = buffer.data;
             EXPECT_EQ(std::count(data, data + kept, 0xab), std::ptrdiff_t{kept}) << label;
             EXPECT_EQ(std::count(data + kept, data + buffer.size, 0),
                       std::ptrdiff_t{buffer.size - kept})
                 << label;
         }
+        EXPECT_EQ(buffer.zero(), buffer.data);
+        EXPECT_EQ(std::count(buffer.data, buffer.data + buffer.size, 0),
+                  std::ptrdiff_t{buffer.size});
     }
+    EXPECT_EQ(MemoryBuffer(0, 4096).data, nullptr);
 }
 
 }  // namespace

@@ -17,6 +17,7 @@ namespace {
 using RegPlugin::RegistryPackage;
 using RegPlugin::TesselDataProvider;
 using RegPlugin::TesselPackage;
+using Strings = std::vector<std::string>;
 
 // The provider as the factory makes it.
 class Catalog : public TesselDataProvider {
@@ -72,135 +73,118 @@ void expectBothParsersGive(const std::string& listing, const std::string& expect
     EXPECT_EQ(show(fromLines), expected);
 }
 
-TEST(TesselDataProviderTest, MatchResultLine) {
-    struct Case {
-        std::wstring line;
-        int matched;
-        std::wstring value;  // "(untouched)" when nothing matched
-    };
-    const std::wstring id = L"PDXMS0164I";
-    const std::vector<Case> cases = {
-        {L"PDXMS0164I Package name: office-suite", 1, L"office-suite"},
-        {L"PDXMS0164I Package name:  padded \t", 1, L" padded \t"},
-        // The character after the colon is skipped whatever it is.
-        {L"PDXMS0164I Package name:x-y", 1, L"-y"},
-        {L"PDXMS0164I Package name:", 1, L""},
-        {L"PDXMS0164I Package name: ", 1, L""},
-        {L"PDXMS0164I:value", 1, L"alue"},
-        {L"PDXMS0164I Time: 10:20", 1, L"10:20"},
-        // Colons before position 10 do not count.
-        {L"PDXMS0164:a: value", 1, L"value"},
-        {L"PDX:S0164I no colon after", 0, L"(untouched)"},
-        {L"PDXMS0164I no colon", 0, L"(untouched)"},
-        // Nine characters of the id are compared.
-        {L"PDXMS0164E Package name: err", 1, L"err"},
-        {L"PDXMS0165I Package version: 1.0", 0, L"(untouched)"},
-        {L"pdxms0164I Package name: x", 0, L"(untouched)"},
-        {L" PDXMS0164I Package name: x", 0, L"(untouched)"},
-        {L"PDXMS016", 0, L"(untouched)"},
-        {L"PDXMS0164", 0, L"(untouched)"},
-        {L"", 0, L"(untouched)"},
-        {std::wstring(L"PDXMS0164I n\0l: a\0b", 19), 1, std::wstring(L"a\0b", 3)},
-    };
-    Catalog catalog;
-    for (const Case& c : cases) {
-        String value(L"(untouched)");
-        EXPECT_EQ(catalog.matchResultLine(String(id), String(c.line), value), c.matched)
-            << String(c.line);
-        EXPECT_EQ(value.wide(), c.value) << String(c.line);
-    }
-}
-
-TEST(TesselDataProviderTest, LoadsTheListing) {
+TEST(TesselDataProviderTest, ParsesRecords) {
     const std::string kOddName = std::string("n\xc3\xa9\xff") + std::string("\0x", 2);
-    struct Case {
-        const char* what;
-        std::string listing;
-        std::string expected;  // see show()
-        std::string traceLine = {};
-    };
-    const std::vector<Case> cases = {
-        {"records between header, message and blank lines, CR LF",
-         tesselHeader() + tesselRecord("office-suite", "1.0", "uninst-1", "ICPBC") +
-             tesselRecord("editor", "2.1", "uninst-2", "-CRDE") +
-             "PDXMS0002I 2 packages listed\r\n",
-         "office-suite.1.0|office-suite|1.0|uninst-1|true|true|prepared|true|false|false|"
-         "changing\n"
-         "editor.2.1|editor|2.1|uninst-2|false|true|restored|false|true|false|error\n"},
-        {"each state letter",
-         tesselRecord("a", "1", "u", "I-UH-") + tesselRecord("b", "1", "u", "xxxxx") +
+    const std::vector<std::pair<std::string, std::string>> cases = {
+        // Each state letter; letters are compared exactly.
+        {tesselRecord("a", "1", "u", "I-UH-") + tesselRecord("b", "1", "u", "xxxxx") +
              tesselRecord("c", "1", "u", "ICUHE") + tesselRecord("d", "1", "u", "icpbc"),
          "a.1|a|1|u|true|false|undoable|false|false|true|\n"
          "b.1|b|1|u|false|false||false|false|false|\n"
          "c.1|c|1|u|true|true|undoable|false|false|true|error\n"
          "d.1|d|1|u|false|false||false|false|false|\n"},
-        {"state texts shorter than five letters",
-         tesselRecord("a", "1", "u", "IC") + tesselRecord("b", "1", "u", "I") +
+        // State texts shorter than five letters.
+        {tesselRecord("a", "1", "u", "IC") + tesselRecord("b", "1", "u", "I") +
              "PDXMS0166I Package state:\r\nPDXMS0164I Package name: c\r\nPDXMS0167I -\r\n",
          "a.1|a|1|u|true|true||false|false|false|\n"
          "b.1|b|1|u|true|false||false|false|false|\n"
          "c.1|c|1|u|false|false||false|false|false|\n"},
-        {"a record missing its state or uninstall data line inherits the previous one's",
-         tesselRecord("a", "1", "u-a", "ICP--") + tesselRecord("b", "2", "", "") +
+        // A record missing its state or uninstall data line inherits the previous one's.
+        {tesselRecord("a", "1", "u-a", "ICP--") + tesselRecord("b", "2", "", "") +
              tesselRecord("c", "3", "u-c", "") + tesselRecord("d", "4", "", "--R-E"),
          "a.1|a|1|u-a|true|true|prepared|false|false|false|\n"
          "b.2|b|2|u-a|true|true|prepared|false|false|false|\n"
          "c.3|c|3|u-c|true|true|prepared|false|false|false|\n"
          "d.4|d|4|u-c|false|false|restored|false|false|false|error\n"},
-        {"duplicate records: the first wins",
-         tesselRecord("a", "1", "first", "IC---") + tesselRecord("a", "1", "second", "-----") +
+        // Duplicates: the first wins.
+        {tesselRecord("a", "1", "first", "IC---") + tesselRecord("a", "1", "second", "-----") +
              tesselRecord("a", "1.0", "third", "I----"),
          "a.1|a|1|first|true|true||false|false|false|\n"
-         "a.1.0|a|1.0|third|true|false||false|false|false|\n",
-         "Skipped duplicate package with key='a.1'"},
-        {"blank lines alone do not end a record: the last values win",
-         "PDXMS0164I Package name: a\r\nPDXMS0165I Package version: 1\r\n\r\n\r\n"
+         "a.1.0|a|1.0|third|true|false||false|false|false|\n"},
+        // Blank lines alone do not end a record: the last values win.
+        {"PDXMS0164I Package name: a\r\nPDXMS0165I Package version: 1\r\n\r\n\r\n"
          "PDXMS0164I Package name: b\r\nPDXMS0165I Package version: 2\n",
          "b.2|b|2||false|false||false|false|false|\n"},
-        {"an id line without a colon ends the record",
-         "PDXMS0164I Package name: a\nPDXMS0164I broken name\nPDXMS0165I Package version: 1\n",
-         "a.|a|||false|false||false|false|false|\n"
-         "a.1|a|1||false|false||false|false|false|\n"},
-        {"a colon at the very end gives an empty value",
-         "PDXMS0164I Package name:\nPDXMS0165I Package version: 1\nend\n",
+        // An id line without a colon ends the record.
+        {"PDXMS0164I Package name: a\nPDXMS0164I broken name\nPDXMS0165I Package version: 1\n",
+         "a.|a|||false|false||false|false|false|\na.1|a|1||false|false||false|false|false|\n"},
+        {"PDXMS0164I Package name:\nPDXMS0165I Package version: 1\nend\n",
          ".1||1||false|false||false|false|false|\n"},
-        {"no record at all", "PDXMS0001I Catalog is empty\r\n\r\n", ""},
-        {"no output", "", ""},
-        {"bytes that are not UTF-8, NUL bytes and garbage are kept as characters",
-         std::string("\x01\x02garbage\xff\r\n") + "PDXMS0164I Package name: " + kOddName +
+        {"PDXMS0001I Catalog is empty\r\n\r\n", ""},
+        {"", ""},
+        // Bytes that are not UTF-8, NUL bytes and garbage are kept as characters.
+        {std::string("\x01\x02garbage\xff\r\n") + "PDXMS0164I Package name: " + kOddName +
              "\nPDXMS0165I Package version: 1\n",
          kOddName + ".1|" + kOddName + "|1||false|false||false|false|false|\n"},
+        // Positions count characters, not bytes: a three-byte character after the
+        // colon is skipped whole, an undecodable byte is one character.
+        {"PDXMS0164I n:\xe2\x82\xacrest\nPDXMS0165I v:x1\n",
+         "rest.1|rest|1||false|false||false|false|false|\n"},
+        {"PDXMS0164I n:\xff\xfe"
+         "ab\nPDXMS0165I v: 1\n",
+         "\xfe"
+         "ab.1|\xfe"
+         "ab|1||false|false||false|false|false|\n"},
+        {"PDXMS0164I\xc3\xa9: a\nPDXMS0165\xc3\xa9 \xe2\x82\xac: 1\n",
+         "a.1|a|1||false|false||false|false|false|\n"},
+        {"PDXMS0164I n: a\nPDXMS0165I v: 1\nPDXMS0166I s: \xc3\xa9"
+         "CUHE\n",
+         "a.1|a|1||false|true|undoable|false|false|true|error\n"},
+        // A carriage return alone splits a value.
+        {"PDXMS0164I n: a\rb\nPDXMS0165I v: 1\n",
+         "a.|a|||false|false||false|false|false|\na.1|a|1||false|false||false|false|false|\n"},
+        // Nine characters of the id are compared, case and place exactly; the value
+        // starts after the first colon from the 11th character on, skipping one
+        // character whatever it is.
+        {"PDXMS0164E Package name: err\nPDXMS0165I Time: 10:20\nPDXMS0804:a: value\n"
+         " PDXMS0164I n: x\npdxms0165I v: 2\nPDXMS0164I n:  padded \t\nPDXMS0165I v: 1\n",
+         "err.10:20|err|10:20|value|false|false||false|false|false|\n"
+         " padded \t.1| padded \t|1|value|false|false||false|false|false|\n"},
+        // Eleven characters are the shortest line with a value.
+        {"PDXMS0164I\nPDXMS0165I:\nPDXMS0164I: x\n", "x.|x|||false|false||false|false|false|\n"},
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(std::string(c.what) + "\nlisting: " + printable(c.listing));
-        TesselProduct product(c.listing);
-        ScopedConfiguration configuration;
-        configuration.set(REG_PLUGIN_PROPERTY_PDX_DIRECTORY, product.path());
-        TraceCapture trace;
-        Catalog catalog;
-        ASSERT_EQ(catalog.load(), 0);
-        EXPECT_EQ(show(catalog), c.expected);
-        EXPECT_TRUE(trace.sink().contains("The pdxDirectory property is " + product.path()));
-        // The records are read while the command runs, but their lines come after the
-        // command's, as if the output were parsed once the command had ended.
-        std::vector<std::string> order;
-        for (const MemoryTraceSink::Line& line : trace.sink().lines()) {
-            if (line.message == "Process exited; code: 0" ||
-                line.message == "Parsing output from list command" ||
-                (!c.traceLine.empty() && line.message == c.traceLine && line.level == 1 &&
-                 line.signature ==
-                     "TesselDataProvider::addPackage(String &, String &, String &, String &)")) {
-                order.push_back(line.message);
-            }
+    for (const auto& c : cases) {
+        SCOPED_TRACE("listing: " + printable(c.first));
+        expectBothParsersGive(c.first, c.second);
+    }  // The one-line form: 1 and the value, or 0 and the value left alone.
+    Catalog catalog;
+    String value(L"kept");
+    EXPECT_EQ(catalog.matchResultLine(String("PDXMS0164I"), String("PDXMS0164I no colon"), value),
+              0);
+    EXPECT_EQ(value.wide(), L"kept");
+    EXPECT_EQ(catalog.matchResultLine(String("PDXMS0164I"), String("PDXMS0164I a: b"), value), 1);
+    EXPECT_EQ(value.wide(), L"b");
+}
+
+// The records are read while the command runs, but their lines come after the
+// command's, as if the output were parsed once the command had ended.
+TEST(TesselDataProviderTest, LoadsTheListing) {
+    TesselProduct product(kTesselHeader + tesselRecord("office-suite", "1.0", "uninst-1", "ICPBC") +
+                          tesselRecord("editor", "2.1", "uninst-2", "-CRDE") +
+                          tesselRecord("editor", "2.1", "again", "") +
+                          "PDXMS0002I 2 packages listed\r\n");
+    ScopedConfiguration configuration;
+    configuration.set(REG_PLUGIN_PROPERTY_PDX_DIRECTORY, product.path());
+    TraceCapture trace;
+    Catalog catalog;
+    ASSERT_EQ(catalog.load(), 0);
+    EXPECT_EQ(show(catalog),
+              "office-suite.1.0|office-suite|1.0|uninst-1|true|true|prepared|true|false|false|"
+              "changing\n"
+              "editor.2.1|editor|2.1|uninst-2|false|true|restored|false|true|false|error\n");
+    EXPECT_TRUE(trace.sink().contains("The pdxDirectory property is " + product.path()));
+    Strings order;
+    for (const MemoryTraceSink::Line& line : trace.sink().lines()) {
+        if (line.message == "Process exited; code: 0" ||
+            line.message == "Parsing output from list command" ||
+            (line.message == "Skipped duplicate package with key='editor.2.1'" && line.level == 1 &&
+             line.signature ==
+                 "TesselDataProvider::addPackage(String &, String &, String &, String &)")) {
+            order.push_back(line.message);
         }
-        std::vector<std::string> expectedOrder = {"Process exited; code: 0",
-                                                  "Parsing output from list command"};
-        if (!c.traceLine.empty()) {
-            expectedOrder.push_back(c.traceLine);
-        }
-        EXPECT_EQ(order, expectedOrder);
-        expectBothParsersGive(c.listing, c.expected);
     }
+    EXPECT_EQ(order, (Strings{"Process exited; code: 0", "Parsing output from list command",
+                              "Skipped duplicate package with key='editor.2.1'"}));
 }
 
 TEST(TesselDataProviderTest, LoadFailures) {
@@ -221,8 +205,6 @@ TEST(TesselDataProviderTest, LoadFailures) {
         {"the command exits with 1", widePath.c_str(), REG_PLUGIN_ERROR_UNABLE_TO_INVOKE_PDX_CLI,
          "Process exited with 1 exit code"},
         {"the directory does not exist", L"/nonexistent", REG_PLUGIN_ERROR_UNABLE_TO_INVOKE_PDX_CLI,
-         "Unable to run the listing command"},
-        {"an empty pdxDirectory cannot be entered", L"", REG_PLUGIN_ERROR_UNABLE_TO_INVOKE_PDX_CLI,
          "Unable to run the listing command"},
     };
     for (const Case& c : cases) {
@@ -259,73 +241,50 @@ TEST(TesselDataProviderTest, GetProperties) {
         const wchar_t* overrideUncommitted;  // expression; null: not given
         const wchar_t* overrideRemoved;
         bool uncommitted, removed;
-        std::vector<std::string> lines;  // level 3, in order
+        std::string lines;  // level 3, each ended by "\n"; empty: not checked
     };
     const wchar_t* T = PLUGIN_RESULT_TRUE;
     const wchar_t* F = PLUGIN_RESULT_FALSE;
+    const std::string getU = "Retrieving the showUncommittedPackages property\n",
+                      noU = "Property showUncommittedPackages not found\n",
+                      getR = "Retrieving the showRemovedPackages property\n",
+                      noR = "Property showRemovedPackages not found\n",
+                      skipU = "Skipping uncommitted Tessel packages\n",
+                      skipR = "Skipping removed Tessel packages\n",
+                      listU = "Listing uncommitted Tessel packages\n",
+                      listR = "Listing removed Tessel packages\n";
     const std::vector<Case> cases = {
-        {nullptr,
-         nullptr,
-         nullptr,
-         nullptr,
-         false,
-         false,
-         {"Retrieving the showUncommittedPackages property",
-          "Property showUncommittedPackages not found",
-          "Retrieving the showRemovedPackages property", "Property showRemovedPackages not found",
-          "Skipping uncommitted Tessel packages", "Skipping removed Tessel packages"}},
-        {T,
-         T,
-         nullptr,
-         nullptr,
-         true,
-         true,
-         {"Retrieving the showUncommittedPackages property",
-          "Retrieving the showRemovedPackages property", "Listing uncommitted Tessel packages",
-          "Listing removed Tessel packages"}},
-        {F, T, nullptr, nullptr, false, true, {}},
+        {nullptr, nullptr, nullptr, nullptr, false, false, getU + noU + getR + noR + skipU + skipR},
+        {T, T, nullptr, nullptr, true, true, getU + getR + listU + listR},
+        {F, T, nullptr, nullptr, false, true, ""},
         // Only the host's true text counts in the configuration.
-        {L"true", L"yes", nullptr, nullptr, false, false, {}},
-        {T,
-         T,
-         L"false",
-         L"false",
-         false,
-         false,
-         {"Skipping uncommitted Tessel packages", "Skipping removed Tessel packages"}},
-        {nullptr,
-         nullptr,
-         L"true",
-         nullptr,
-         true,
-         false,
-         {"Retrieving the showRemovedPackages property", "Property showRemovedPackages not found",
-          "Listing uncommitted Tessel packages", "Skipping removed Tessel packages"}},
-        {F, F, nullptr, L"true", false, true, {}},
+        {L"true", L"yes", nullptr, nullptr, false, false, ""},
+        {T, T, L"false", L"false", false, false, skipU + skipR},
+        {nullptr, nullptr, L"true", nullptr, true, false, getR + noR + listU + skipR},
+        {F, F, nullptr, L"true", false, true, ""},
     };
     for (const Case& c : cases) {
+        SCOPED_TRACE(&c - cases.data());
         ScopedConfiguration configuration;
         configuration.set(REG_PLUGIN_PROPERTY_SHOW_UNCOMMITTED_PDX_PKG, c.storedUncommitted)
             .set(REG_PLUGIN_PROPERTY_SHOW_REMOVED_PDX_PKG, c.storedRemoved);
         TraceCapture trace;
         Catalog catalog;
-        bool uncommitted = false;
-        bool removed = false;
+        bool uncommitted = false, removed = false;
         ASSERT_EQ(catalog.getProperties(configuration.store(), c.overrideUncommitted,
                                         c.overrideRemoved, &uncommitted, &removed),
                   0);
-        const std::string label = std::to_string(&c - cases.data());
-        EXPECT_EQ(uncommitted, c.uncommitted) << label;
-        EXPECT_EQ(removed, c.removed) << label;
-        if (!c.lines.empty()) {
-            EXPECT_EQ(trace.sink().messages(3), c.lines) << label;
-        }
+        EXPECT_EQ(uncommitted, c.uncommitted);
+        EXPECT_EQ(removed, c.removed);
+        std::string lines;
+        for (const std::string& line : trace.sink().messages(3))
+            lines += line + "\n";
+        EXPECT_TRUE(c.lines.empty() || lines == c.lines) << lines;
     }
     // The outputs are only ever raised from the configuration.
     ScopedConfiguration configuration;
     Catalog catalog;
-    bool uncommitted = true;
-    bool removed = true;
+    bool uncommitted = true, removed = true;
     EXPECT_EQ(
         catalog.getProperties(configuration.store(), nullptr, nullptr, &uncommitted, &removed), 0);
     EXPECT_TRUE(uncommitted && removed);
@@ -335,8 +294,7 @@ TEST(TesselDataProviderTest, GetProperties) {
 
 TEST(TesselDataProviderTest, GetPropertiesRejectsBrokenRules) {
     Catalog catalog;
-    bool uncommitted = false;
-    bool removed = false;
+    bool uncommitted = false, removed = false;
     PluginSDK::Configuration* store = ScopedConfiguration::store();
     EXPECT_DEATH(catalog.getProperties(store, L"TRUE", nullptr, &uncommitted, &removed),
                  "isTrue \\|\\| isFalse");
@@ -374,6 +332,7 @@ TEST(TesselDataProviderTest, CheckCriteria) {
     };
     Catalog catalog;
     for (const Case& c : cases) {
+        SCOPED_TRACE(&c - cases.data());
         TesselPackage package(L"p.1");
         if (c.installed != nullptr)
             package.setProperty(L"isInstalled", c.installed);
@@ -382,9 +341,8 @@ TEST(TesselDataProviderTest, CheckCriteria) {
         for (const bool before : {false, true}) {
             bool matches = before;
             EXPECT_EQ(catalog.checkCriteria(&package, &matches, c.showUncommitted, c.showRemoved),
-                      c.expected)
-                << &c - cases.data();
-            EXPECT_EQ(matches, c.matches < 0 ? before : c.matches == 1) << &c - cases.data();
+                      c.expected);
+            EXPECT_EQ(matches, c.matches < 0 ? before : c.matches == 1);
         }
     }
     bool matches = false;
@@ -394,93 +352,41 @@ TEST(TesselDataProviderTest, CheckCriteria) {
     EXPECT_EQ(catalog.checkCriteria(&package, nullptr, true, true), PluginSDK::ERROR_NULL_ARGUMENT);
 }
 
-}  // namespace
-}  // namespace RegPluginTest
-
-namespace RegPluginTest {
-namespace {
-
-// Positions in a line count characters, not bytes, however the line is read.
-TEST(TesselDataProviderTest, ValuesAndStateLettersAreCutByCharacter) {
-    struct Case {
-        const char* what;
-        std::string listing;
-        std::string expected;  // see show()
-    };
-    const std::vector<Case> cases = {
-        {"a character of three bytes after the colon is skipped whole",
-         "PDXMS0164I n:\xe2\x82\xacrest\nPDXMS0165I v:x1\n",
-         "rest.1|rest|1||false|false||false|false|false|\n"},
-        {"an undecodable byte after the colon is one character",
-         "PDXMS0164I n:\xff\xfe"
-         "ab\nPDXMS0165I v: 1\n",
-         "\xfe"
-         "ab.1|\xfe"
-         "ab|1||false|false||false|false|false|\n"},
-        {"characters of several bytes before the colon",
-         "PDXMS0164I\xc3\xa9: a\nPDXMS0165\xc3\xa9 \xe2\x82\xac: 1\n",
-         "a.1|a|1||false|false||false|false|false|\n"},
-        {"state letters of several bytes",
-         "PDXMS0164I n: a\nPDXMS0165I v: 1\nPDXMS0166I s: \xc3\xa9"
-         "CUHE\n",
-         "a.1|a|1||false|true|undoable|false|false|true|error\n"},
-        {"a carriage return alone splits a value", "PDXMS0164I n: a\rb\nPDXMS0165I v: 1\n",
-         "a.|a|||false|false||false|false|false|\n"
-         "a.1|a|1||false|false||false|false|false|\n"},
-        {"eleven characters are the shortest line with a value",
-         "PDXMS0164I\nPDXMS0165I:\nPDXMS0164I: x\n", "x.|x|||false|false||false|false|false|\n"},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(std::string(c.what) + "\nlisting: " + printable(c.listing));
-        expectBothParsersGive(c.listing, c.expected);
-    }
-}
-
 // A package read from a listing makes its fields when they are asked for: the
 // answers must be those of a package whose fields were all stored at load time.
 TEST(TesselDataProviderTest, FieldsReadInAnyOrderAfterTheListingIsGone) {
     std::string listing = tesselRecord("a", "1", "u-a", "ICPHE") + tesselRecord("b", "2", "", "");
     Catalog catalog;
     catalog.parseListing(listing.data(), listing.size());
-    // The caller's text is not the one the packages read.
-    listing.assign(listing.size(), 'x');
-    const std::vector<std::string> expected = {
-        "a.1|a|1|u-a|true|true|prepared|false|false|true|error\n",
-        "b.2|b|2|u-a|true|true|prepared|false|false|true|error\n"};
+    listing.assign(listing.size(), 'x');  // the caller's text is not the one read
     // A second listing: its record of a known key is dropped, the others are added
     // and read from their own listing.
     std::string second =
         tesselRecord("a", "1", "other", "-----") + tesselRecord("c", "3", "u-c", "");
     catalog.parseListing(second.data(), second.size());
     second.clear();
-
-    struct Case {
-        const char* key;
-        std::vector<const char*> fields;  // read in this order
-        std::vector<std::string> values;
-    };
-    const std::vector<Case> cases = {
-        {"a.1",
-         {"errorState", "isHidden", "name", "uninstData", "version", "isInstalled"},
-         {"error", "true", "a", "u-a", "1", "true"}},
-        // Inherited uninstall data and state.
-        {"b.2", {"backupState", "uninstData", "isCommitted"}, {"prepared", "u-a", "true"}},
-        {"c.3", {"uninstData", "name", "isInstalled"}, {"u-c", "c", "false"}},
-    };
-    for (const Case& c : cases) {
-        RegistryPackage* package = nullptr;
-        package = catalog.find(PluginSDK::String(c.key));
-        ASSERT_NE(package, nullptr) << c.key;
-        for (std::size_t i = 0; i < c.fields.size(); ++i) {
+    // Each key, then field=value pairs read in this order.
+    for (const std::string c :
+         {"a.1 errorState=error isHidden=true name=a uninstData=u-a version=1 isInstalled=true",
+          "b.2 backupState=prepared uninstData=u-a isCommitted=true",
+          "c.3 uninstData=u-c name=c isInstalled=false"}) {
+        std::istringstream words(c);
+        std::string key, pair;
+        words >> key;
+        RegistryPackage* package = catalog.find(PluginSDK::String(key.c_str()));
+        ASSERT_NE(package, nullptr) << key;
+        while (words >> pair) {
+            const std::string field = pair.substr(0, pair.find('='));
             PluginSDK::String value(L"(missing)");
-            EXPECT_EQ(package->getProperty(c.fields[i], value), 0) << c.key << " " << c.fields[i];
-            EXPECT_EQ(value.toUtf8(), c.values[i]) << c.key << " " << c.fields[i];
+            EXPECT_EQ(package->getProperty(field.c_str(), value), 0) << key << " " << field;
+            EXPECT_EQ(field + "=" + value.toUtf8(), pair) << key;
         }
     }
-    EXPECT_EQ(catalog.size(), 3);
     // c.3 inherits the state of the second listing's dropped record, not the first's.
     EXPECT_EQ(show(catalog),
-              expected[0] + expected[1] + "c.3|c|3|u-c|false|false||false|false|false|\n");
+              "a.1|a|1|u-a|true|true|prepared|false|false|true|error\n"
+              "b.2|b|2|u-a|true|true|prepared|false|false|true|error\n"
+              "c.3|c|3|u-c|false|false||false|false|false|\n");
 }
 
 TEST(TesselDataProviderTest, StoredValuesAndOtherNames) {
@@ -496,7 +402,6 @@ TEST(TesselDataProviderTest, StoredValuesAndOtherNames) {
     const TErrorCode kMissing = REG_PLUGIN_ERROR_PROPERTY_NOT_FOUND;
     const std::string plain = "a.1|a|1|u|true|true||false|false|false|\n";
     const std::vector<Case> cases = {
-        {nullptr, nullptr, "isInstalled", 0, "true", plain},
         // A stored value replaces the listing's, also before it was ever read.
         {"isInstalled", "false", "isInstalled", 0, "false",
          "a.1|a|1|u|false|true||false|false|false|\n"},
@@ -507,19 +412,17 @@ TEST(TesselDataProviderTest, StoredValuesAndOtherNames) {
         {nullptr, nullptr, "", kMissing, "(untouched)", plain},
     };
     for (const Case& c : cases) {
-        const std::string label = std::to_string(&c - cases.data());
+        SCOPED_TRACE(&c - cases.data());
         Catalog catalog;
         catalog.parseListing(listing.data(), listing.size());
-        RegistryPackage* package = nullptr;
-        package = catalog.find(PluginSDK::String(L"a.1"));
+        RegistryPackage* package = catalog.find(PluginSDK::String(L"a.1"));
         ASSERT_NE(package, nullptr);
-        if (c.set != nullptr) {
+        if (c.set != nullptr)
             static_cast<TesselPackage*>(package)->setProperty(c.set, c.setValue);
-        }
         PluginSDK::String value(L"(untouched)");
-        EXPECT_EQ(package->getProperty(c.read, value), c.expected) << label;
-        EXPECT_EQ(value.toUtf8(), c.value) << label;
-        EXPECT_EQ(show(catalog), c.shown) << label;
+        EXPECT_EQ(package->getProperty(c.read, value), c.expected);
+        EXPECT_EQ(value.toUtf8(), c.value);
+        EXPECT_EQ(show(catalog), c.shown);
     }
 }
 
