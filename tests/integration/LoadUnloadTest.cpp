@@ -20,9 +20,8 @@ namespace {
 int openDescriptors() {
     int count = 0;
     if (DIR* dir = opendir("/proc/self/fd")) {
-        while (readdir(dir) != nullptr) {
+        while (readdir(dir) != nullptr)
             ++count;
-        }
         closedir(dir);
     }
     return count;
@@ -75,17 +74,12 @@ void session() {
 }
 
 TEST(LoadUnloadTest, DescriptorsAndMemoryStayFlat) {
-    for (int i = 0; i < 20; ++i) {
+    for (int i = 0; i < 20; ++i)
         session();  // warm the allocator and the loader's caches
-    }
     const int descriptors = openDescriptors();
     const long resident = residentKiB();
-    for (int i = 0; i < 1000; ++i) {
+    for (int i = 0; i < 1000 && !HasFatalFailure(); ++i)
         session();
-        if (HasFatalFailure()) {
-            return;
-        }
-    }
     EXPECT_EQ(openDescriptors(), descriptors);
 #if defined(__SANITIZE_ADDRESS__)
     // Freed memory sits in the sanitizer's quarantine; leaks are its own check.

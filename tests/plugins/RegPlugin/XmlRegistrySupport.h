@@ -72,6 +72,30 @@ inline std::string joined(const std::vector<std::string>& lines) {
     return out;
 }
 
+// `actual` line by line against `expected` (see messageMatches).
+inline void expectLines(const std::vector<std::string>& actual,
+                        const std::vector<std::string>& expected) {
+    ASSERT_EQ(actual.size(), expected.size()) << joined(actual);
+    for (std::size_t i = 0; i < actual.size(); ++i)
+        EXPECT_TRUE(messageMatches(actual[i], expected[i]))
+            << actual[i] << "\nexpected: " << expected[i];
+}
+
+inline std::string repeat(const std::string& text, int times) {
+    std::string out;
+    while (times-- > 0)
+        out += text;
+    return out;
+}
+
+// A DOCTYPE for `root` whose entity &h; expands to 16^8 bytes, then `body` on line 2.
+inline std::string entityBomb(const std::string& root, const std::string& body) {
+    std::string out = "<!DOCTYPE " + root + " [<!ENTITY a \"" + repeat("a", 16) + "\">";
+    for (char e = 'b'; e <= 'h'; ++e)
+        out += std::string("<!ENTITY ") + e + " \"" + repeat({'&', char(e - 1), ';'}, 16) + "\">";
+    return out + "]>\n" + body;
+}
+
 }  // namespace RegPluginTest
 
 #endif

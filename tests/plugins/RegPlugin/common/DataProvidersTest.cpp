@@ -131,7 +131,7 @@ TEST(PreloadedDataProviderTest, FailedLoadRunsOnceLatchesAndLeavesOutputs) {
                      "program preload previously failed", "program preload previously failed"}));
 }
 
-TEST(PreloadedDataProviderTest, EnumPackagesAppendsTheSelectedKindInLoadOrder) {
+TEST(PreloadedDataProviderTest, EnumeratesAndLooksUpFromTheCache) {
     const struct {
         RegistryPackage::Type type;
         Lines expected;
@@ -140,6 +140,8 @@ TEST(PreloadedDataProviderTest, EnumPackagesAppendsTheSelectedKindInLoadOrder) {
                  {RegistryPackage::SUBPRODUCT, {"old", "s1"}},
                  {RegistryPackage::PATCH, {"old", "x1"}}};
     FakePreloadedProvider provider(kRegistry);
+    EXPECT_EQ(provider.getPackage(L"p1", nullptr), -101);  // refused before loading
+    EXPECT_EQ(provider.loadCalls, 0);
     for (const auto& c : cases) {
         PluginSDK::StringVector keys;
         keys.addString(L"old");
@@ -147,12 +149,6 @@ TEST(PreloadedDataProviderTest, EnumPackagesAppendsTheSelectedKindInLoadOrder) {
         EXPECT_EQ(keysOf(keys), c.expected) << "type " << c.type;
     }
     EXPECT_EQ(provider.loadCalls, 1);
-}
-
-TEST(PreloadedDataProviderTest, LookupsAnswerFromTheCache) {
-    FakePreloadedProvider provider(kRegistry);
-    EXPECT_EQ(provider.getPackage(L"p1", nullptr), -101);  // refused before loading
-    EXPECT_EQ(provider.loadCalls, 0);
     RegistryPackage* package = nullptr;
     bool exists = false;
     EXPECT_EQ(provider.getPackage(L"s1", &package), 0);

@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -22,28 +21,28 @@ using RegPlugin::XmlDocumentSink;
 
 struct Flavour {
     const char* scope;  // the sink's scope prefix
-    std::function<XmlDocumentParser*(const std::string& path)> fromFile;
-    std::function<XmlDocumentParser*(const std::string& bytes)> fromBuffer;
-    std::function<XmlDocumentSink*()> sink;
+    XmlDocumentParser* (*fromFile)(const std::string& path);
+    XmlDocumentParser* (*fromBuffer)(const std::string& bytes);
+    XmlDocumentSink* (*sink)();
 };
 
+template <class Parser, class Sink, class Path>
+Flavour flavour(const char* scope) {
+    return {scope,
+            [](const std::string& path) -> XmlDocumentParser* {
+                return new Parser(Path(path.c_str()));
+            },
+            [](const std::string& bytes) -> XmlDocumentParser* {
+                return new Parser(bytes.data(), bytes.size());
+            },
+            []() -> XmlDocumentSink* { return new Sink(); }};
+}
+
 const Flavour kFlavours[] = {
-    {"AnywhereXmlParser::XmlNodeSink::",
-     [](const std::string& path) {
-         return new RegPlugin::AnywhereXmlParser(PluginSDK::String(path.c_str()));
-     },
-     [](const std::string& bytes) {
-         return new RegPlugin::AnywhereXmlParser(bytes.data(), bytes.size());
-     },
-     [] { return new RegPlugin::AnywhereXmlNodeSink(); }},
-    {"InstalledXmlParser::XmlNodeSink::",
-     [](const std::string& path) {
-         return new RegPlugin::InstalledXmlParser(String(path.c_str()));
-     },
-     [](const std::string& bytes) {
-         return new RegPlugin::InstalledXmlParser(bytes.data(), bytes.size());
-     },
-     [] { return new RegPlugin::InstalledXmlNodeSink(); }},
+    flavour<RegPlugin::AnywhereXmlParser, RegPlugin::AnywhereXmlNodeSink, PluginSDK::String>(
+        "AnywhereXmlParser::XmlNodeSink::"),
+    flavour<RegPlugin::InstalledXmlParser, RegPlugin::InstalledXmlNodeSink, String>(
+        "InstalledXmlParser::XmlNodeSink::"),
 };
 
 // "level scope: message" of every captured line.

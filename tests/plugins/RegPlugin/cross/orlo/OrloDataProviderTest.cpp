@@ -55,13 +55,8 @@ class OrloDataProviderTest : public ::testing::Test {
         keys.addString(L"stale");
         EXPECT_EQ(orlo->enumPackages(type, keys, which), expected);
         Strings out;
-        for (const std::string& key : keysOf(keys)) {
-            std::string stripped = key;
-            const std::size_t at = stripped.find(tree.path());
-            if (at != std::string::npos)
-                stripped.erase(at, tree.path().size());
-            out.push_back(stripped);
-        }
+        for (const std::string& key : keysOf(keys))
+            out.push_back(without(key, tree.path()));
         return out;
     }
     std::string root(const std::string& relative) const { return tree.path() + relative; }
@@ -129,10 +124,7 @@ TEST_F(OrloDataProviderTest, CandidateDirectoriesAndTheSeenSet) {
     for (const std::string& line : capture.sink().messages(3))
         if (line.rfind("Directory: ", 0) == 0 || line.rfind("Subdirectory: ", 0) == 0 ||
             line.rfind("Adding directory one level up: ", 0) == 0)
-            candidates.push_back(line);
-    for (std::string& line : candidates)
-        for (std::size_t at; (at = line.find(tree.path())) != std::string::npos;)
-            line.erase(at, tree.path().size());
+            candidates.push_back(without(line, tree.path()));
     EXPECT_EQ(candidates,
               (Strings{"Directory: /a/x added to list", "Subdirectory: /a/x/s1 added to list",
                        "Subdirectory: /a/x/s2 added to list", "Adding directory one level up: /a",
@@ -262,8 +254,7 @@ TEST_F(OrloExpressionTest, ListByProviderKeyword) {
             << narrow(c.provider ? c.provider : L"-");
         Strings keys;
         for (const std::string& key : keysOf(out))
-            keys.push_back(key.substr(0, key.find('@') + 1) +
-                           key.substr(key.find('@') + 1 + tree.path().size()));
+            keys.push_back(without(key, tree.path()));
         EXPECT_EQ(keys, c.keys) << narrow(c.provider ? c.provider : L"-");
     }
 }

@@ -25,17 +25,9 @@ class TagTree : public TempDir {
   public:
     // Makes `relative` and its parents under the tree; returns the full path.
     std::string mkdirs(const std::string& relative) const {
-        std::string path = this->path();
-        std::size_t from = 0;
-        while (from <= relative.size()) {
-            std::size_t slash = relative.find('/', from);
-            if (slash == std::string::npos)
-                slash = relative.size();
-            path += "/" + relative.substr(from, slash - from);
-            ::mkdir(path.c_str(), 0755);
-            from = slash + 1;
-        }
-        return path;
+        const std::string& path = this->path();
+        EXPECT_EQ(std::system(("mkdir -p '" + path + "/" + relative + "'").c_str()), 0);
+        return path + "/" + relative;
     }
     // Writes `content` as "properties/version/<file>" under the installation
     // directory `install` (relative to the tree); returns the tag file's path.
@@ -61,33 +53,33 @@ inline std::string narrow(const std::wstring& text) {
     return std::string(text.begin(), text.end());
 }
 
+// `text` with every `strip` removed.
+inline std::string without(std::string text, const std::string& strip) {
+    for (std::size_t at; !strip.empty() && (at = text.find(strip)) != std::string::npos;)
+        text.erase(at, strip.size());
+    return text;
+}
+
 // "kind name version @root" for each product, for compact comparisons.
 inline std::vector<std::string> summaries(const std::vector<RegPlugin::OrloProduct>& products,
                                           const std::string& strip = "") {
     std::vector<std::string> out;
     for (const RegPlugin::OrloProduct& product : products) {
-        std::string root = narrow(product.installRoot);
-        if (!strip.empty() && root.compare(0, strip.size(), strip) == 0)
-            root = root.substr(strip.size());
         out.push_back(product.kind + " " + narrow(product.properties.at(L"name")) + " " +
-                      narrow(product.properties.at(L"version")) + " @" + root);
+                      narrow(product.properties.at(L"version")) + " @" +
+                      without(narrow(product.installRoot), strip));
     }
     return out;
 }
 
-// The level-`level` trace messages that start with `prefix`, with `strip` removed
-// wherever it occurs.
+// The level-`level` trace messages that start with `prefix`, with `strip` removed.
 inline std::vector<std::string> tracedWith(const MemoryTraceSink& sink, int level,
                                            const std::string& prefix,
                                            const std::string& strip = "") {
     std::vector<std::string> out;
-    for (std::string message : sink.messages(level)) {
-        if (message.compare(0, prefix.size(), prefix) != 0)
-            continue;
-        for (std::size_t at; !strip.empty() && (at = message.find(strip)) != std::string::npos;)
-            message.erase(at, strip.size());
-        out.push_back(message);
-    }
+    for (const std::string& message : sink.messages(level))
+        if (message.compare(0, prefix.size(), prefix) == 0)
+            out.push_back(without(message, strip));
     return out;
 }
 

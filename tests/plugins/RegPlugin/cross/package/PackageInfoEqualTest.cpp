@@ -43,6 +43,15 @@ void setUp(Registries setup) {
     }
 }
 
+TErrorCode evaluate(const wchar_t* code, const wchar_t* value, const wchar_t* provider,
+                    PluginSDK::String& result) {
+    RegPlugin::PackageInfoEqual expression;
+    expression.setProperty(L"code", code);
+    expression.setProperty(L"value", value);
+    expression.setProperty(L"provider", provider);
+    return expression.getScalarResult(result);
+}
+
 TEST_F(PackageInfoEqualTest, AnswersAndCodes) {
     const struct {
         Registries setup;
@@ -109,12 +118,8 @@ TEST_F(PackageInfoEqualTest, AnswersAndCodes) {
             PluginSDK::String(c.provider).toUtf8() + " setup " + std::to_string(c.setup);
         setUp(c.setup);
         TraceCapture trace;
-        RegPlugin::PackageInfoEqual expression;
-        expression.setProperty(L"code", c.code);
-        expression.setProperty(L"value", c.value);
-        expression.setProperty(L"provider", c.provider);
         PluginSDK::String result(L"old");
-        EXPECT_EQ(expression.getScalarResult(result), c.expected) << label;
+        EXPECT_EQ(evaluate(c.code, c.value, c.provider, result), c.expected) << label;
         EXPECT_EQ(result, c.found ? PLUGIN_RESULT_TRUE : PLUGIN_RESULT_FALSE) << label;
         if (c.traceLine != nullptr) {
             EXPECT_TRUE(trace.sink().contains(c.traceLine)) << label << ": " << c.traceLine;
@@ -124,12 +129,8 @@ TEST_F(PackageInfoEqualTest, AnswersAndCodes) {
 
 TEST_F(PackageInfoEqualTest, NativeMatchLeavesTheIsmpRegistryUnread) {
     setUp(kBoth);
-    RegPlugin::PackageInfoEqual expression;
-    expression.setProperty(L"code", L"bash-5.1-2-x86_64");
-    expression.setProperty(L"value", L"bash 5.1.2 Acme");
-    expression.setProperty(L"provider", L"any");
     PluginSDK::String result;
-    EXPECT_EQ(expression.getScalarResult(result), 0);
+    EXPECT_EQ(evaluate(L"bash-5.1-2-x86_64", L"bash 5.1.2 Acme", L"any", result), 0);
     EXPECT_EQ(result, PLUGIN_RESULT_TRUE);
     EXPECT_EQ(
         static_cast<RowProvider*>(Factory::getDataProvider(Factory::ISMP_PROVIDER))->loadCalls, 0);
