@@ -1,8 +1,6 @@
-// The hostile-input corpus: every directory tests/hostile/<registry>/<case>/ is one
-// `regscan batch` run against broken, huge or malicious registry data placed at the
-// registry's real path, with a time limit that a hang would exceed.
-//
-// A case directory holds:
+// The hostile-input corpus: each tests/hostile/<registry>/<case>/ is one `regscan
+// batch` run on broken, huge or malicious registry data at the registry's real path,
+// with a time limit that a hang would exceed. A case directory holds:
 //   requests.jsonl   the batch input;
 //   expected.out     the exact standard output;
 //   expected.trace   optional: trace lines ("[scope] message", or "L2 [scope]
@@ -48,10 +46,7 @@ constexpr int kDefaultTimeLimitSeconds = 60;
 const std::string kCorpus = std::string(REGSCAN_SOURCE_DIR) + "/tests/hostile";
 
 std::string readFile(const fs::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    std::stringstream content;
-    content << in.rdbuf();
-    return content.str();
+    return e2e::readFile(path.string());
 }
 
 // "registry/case" of every case directory, in order.
@@ -79,14 +74,6 @@ std::string testName(const ::testing::TestParamInfo<std::string>& info) {
     return name;
 }
 
-std::string shellQuote(const std::string& word) {
-    std::string quoted = "'";
-    for (char c : word) {
-        quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    }
-    return quoted + "'";
-}
-
 e2e::RunOptions optionsFor(const fs::path& dir) {
     e2e::RunOptions options;
     const std::string limit = readFile(dir / "limit");
@@ -106,11 +93,11 @@ e2e::RunOptions optionsFor(const fs::path& dir) {
         const std::string target = "/" + fs::relative(it->path(), tree).string();
         options.files[target] = readFile(it->path());
         if ((fs::status(it->path()).permissions() & fs::perms::owner_exec) != fs::perms::none)
-            options.setup.push_back("chmod 755 " + shellQuote(target));
+            options.setup.push_back("chmod 755 " + e2e::quote(target));
     }
     if (fs::exists(dir / "setup.sh")) {
-        options.setup.push_back("CASE=" + shellQuote(dir.string()) + " sh -e " +
-                                shellQuote((dir / "setup.sh").string()));
+        options.setup.push_back("CASE=" + e2e::quote(dir.string()) + " sh -e " +
+                                e2e::quote((dir / "setup.sh").string()));
     }
     std::stringstream env(readFile(dir / "env"));
     std::string line;
@@ -122,12 +109,11 @@ e2e::RunOptions optionsFor(const fs::path& dir) {
     return options;
 }
 
-// The trace lines of `err` up to `maxLevel`, in the order written, each as
-// "L<level> [scope] message".
-std::vector<std::string> traceInOrder(const std::string& err, int maxLevel = 3) {
+// The trace lines of `err`, in the order written, as "L<level> [scope] message".
+std::vector<std::string> traceInOrder(const std::string& err) {
     std::vector<std::string> ordered;
     for (const std::string& line : e2e::lines(err)) {
-        for (int level = 1; level <= maxLevel; ++level) {
+        for (int level = 1; level <= 3; ++level) {
             for (const std::string& text : e2e::traceLines(line + "\n", level))
                 ordered.push_back("L" + std::to_string(level) + " " + text);
         }
@@ -135,9 +121,8 @@ std::vector<std::string> traceInOrder(const std::string& err, int maxLevel = 3) 
     return ordered;
 }
 
-// Whether the trace line `actual` ("L<level> [scope] message") is `wanted`: its
-// level is compared only when `wanted` starts with one, and a `wanted` ending in
-// "..." is a prefix.
+// Whether trace line `actual` is `wanted` (level compared only when given; a
+// trailing "..." makes a prefix).
 bool lineMatches(const std::string& actual, std::string wanted) {
     std::string text = actual;
     if (wanted.rfind("L", 0) != 0)

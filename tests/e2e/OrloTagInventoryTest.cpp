@@ -1,13 +1,11 @@
-// The Orlo tag inventory end to end: tag files under /opt trees found through the
-// install directories of a real rpm database (built here from real packages), the
-// InstallAnywhere registry and root's ISMP registry at their fixed places, through
-// `regscan batch` and `regscan inventory` in a private mount namespace.
+// The Orlo tag inventory through regscan: tag files found through the install
+// directories of an rpm database built here, and of the InstallAnywhere and ISMP
+// registries at their fixed places.
 #include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cstdlib>
-#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
@@ -16,10 +14,11 @@
 
 namespace {
 
+using e2e::contains;
 using e2e::expr;
+using e2e::Lines;
 using e2e::traceLines;
 using nlohmann::json;
-using Lines = std::vector<std::string>;
 
 // One database per test process: ctest runs the cases of this file in parallel.
 const std::string kRpmDir =
@@ -34,10 +33,6 @@ const std::string kIsmp = "OrloIsmp#4.0@/opt/orloismp";
 
 json list(json properties = json::object()) {
     return expr("OrloProductList", std::move(properties));
-}
-
-bool contains(const Lines& lines, const std::string& line) {
-    return std::find(lines.begin(), lines.end(), line) != lines.end();
 }
 
 class OrloTagInventoryTest : public ::testing::Test {
@@ -119,13 +114,7 @@ TEST_F(OrloTagInventoryTest, ListsAndInfoThroughBatch) {
         {"InstallAnywhere", list({{"provider", "any"}}), 0, {kTool}},
         {"ISMP", list({{"provider", "ismp"}}), 0, {kIsmp}},
         {"Corvu: no registry here", list({{"provider", "corvu"}}), 0, json::array()},
-        {"itself", list({{"provider", "orlo"}}), -13005, json::array()},
-        {"unknown keyword", list({{"provider", "dpkg"}}), -13201, json::array()},
         {"every provider", list(), 0, {kApp, kAppFix, kIsmp, kSvc, kTool}},
-        {"empty provider: every provider",
-         list({{"provider", ""}, {"type", "patch"}}),
-         0,
-         {kAppFix}},
         {"components", list({{"type", "subproduct"}}), 0, {kSvc}},
         {"filter", list({{"filter", "OrloApp*"}}), 0, {kApp, kAppFix}},
         {"tag file", expr("OrloProductInfo", {{"code", kSvc}, {"field", "TAG_FILE"}}), 0,
@@ -134,54 +123,33 @@ TEST_F(OrloTagInventoryTest, ListsAndInfoThroughBatch) {
         {"fmidx", expr("OrloProductInfo", {{"code", kApp}, {"field", "fmidx"}}), 0, "A1"},
         {"install root", expr("OrloProductInfo", {{"code", kApp}, {"field", "installDir"}}), 0,
          "/opt/orloapp"},
-        {"unknown field", expr("OrloProductInfo", {{"code", kApp}, {"field", "colour"}}), 0, ""},
-        {"unknown key", expr("OrloProductInfo", {{"code", "x#1@/y"}, {"field", "name"}}), -13100,
-         ""},
-        {"no field", expr("OrloProductInfo", {{"code", kApp}}), -13001, ""},
-        {"no Exists", expr("OrloProductExists", {{"code", kApp}}), -10008, nullptr},
     };
-    e2e::RunOptions run = options;
+    std::vector<json> requests, replies;
     for (const auto& c : cases)
-        run.input += c.request.dump() + "\n";
-    const e2e::RunResult result = e2e::runRegscan({"--trace", "3", "batch"}, run);
-    const Lines replies = e2e::lines(result.out);
-    ASSERT_EQ(replies.size(), std::size(cases)) << result.out << result.err;
+        requests.push_back(c.request);
+    const e2e::RunResult result =
+        e2e::runBatch(requests, options, replies, {"--trace", "3", "batch"});
     for (std::size_t i = 0; i < replies.size(); ++i) {
-        SCOPED_TRACE(std::string(cases[i].what) + " -> " + replies[i]);
-        const json reply = json::parse(replies[i], nullptr, false);
-        EXPECT_EQ(reply.value("code", 1), cases[i].code);
-        json actual = reply.value("result", json());
+        SCOPED_TRACE(std::string(cases[i].what) + " -> " + replies[i].dump());
+        EXPECT_EQ(replies[i].value("code", 1), cases[i].code);
         json expected = cases[i].result;
-        if (actual.is_array() && expected.is_array())
+        if (expected.is_array())  // lists come sorted
             std::sort(expected.begin(), expected.end());
-        EXPECT_EQ(actual, expected);
+        EXPECT_EQ(replies[i].value("result", json()), expected);
     }
-
-    const Lines info = traceLines(result.err, 3), warnings = traceLines(result.err, 2),
-                failures = traceLines(result.err, 1);
+    // Asked twice, the rpm registry is queried once; special files in a tag
+    // directory are skipped without being opened.
+    const Lines info = traceLines(result.err, 3);
     EXPECT_EQ(std::count(info.begin(), info.end(),
                          "[OrloDataProvider::updateInventory()] About to query provider rpm"),
               1);
-    EXPECT_TRUE(contains(failures,
-                         "[OrloDataProvider::enumerate()] It is impossible to ask this provider to "
-                         "query itself. Choose another provider or none."));
-    EXPECT_TRUE(contains(failures,
-                         "[OrloDataProvider::enumerate()] Failed to find inventory for provider "
-                         "corvu"));
+    const Lines warnings = traceLines(result.err, 2);
+    const std::string scan = "[OrloInventory::scanFile()] The file ";
     const std::string tagDir = "/opt/orlotool" + kTagDir;
-    for (const std::string& line :
-         {"[OrloInventory::scanFile()] The file is not regular: " + tagDir + "pipe, skipping",
-          "[OrloInventory::scanFile()] The file is not regular: " + tagDir + "sub, skipping",
-          "[OrloInventory::scanFile()] The file is not regular: " + tagDir + "zero, skipping",
-          "[OrloInventory::scanFile()] The file does not exist: " + tagDir + "loop, skipping",
-          std::string("[OrloDataProvider::updateInventory()] Path: /opt/nowhere doesn't exist, "
-                      "skipping the path"),
-          std::string("[OrloDataProvider::updateInventory()] Path:  doesn't exist, skipping the "
-                      "path")})
+    for (const std::string& line : {scan + "is not regular: " + tagDir + "pipe, skipping",
+                                    scan + "is not regular: " + tagDir + "zero, skipping",
+                                    scan + "does not exist: " + tagDir + "loop, skipping"})
         EXPECT_TRUE(contains(warnings, line)) << line;
-    EXPECT_TRUE(contains(info,
-                         "[OrloDataProvider::updateInventory()] Adding directory one level "
-                         "up: /opt/orloapp"));
 }
 
 TEST_F(OrloTagInventoryTest, InventoryShowsKindAndTagFile) {

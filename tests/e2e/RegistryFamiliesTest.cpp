@@ -1,6 +1,5 @@
-// The rpm and dpkg expression families driven through `regscan batch`, from the
-// host's request to a real registry and back: a real rpm database built from real
-// packages, and dpkg status fixtures at the real status file's place.
+// The rpm and dpkg expression families through `regscan batch`: the test rpm
+// database, and dpkg status fixtures at the real status file's place.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
@@ -18,65 +17,14 @@
 
 namespace {
 
+using e2e::expectReplies;
 using e2e::expr;
+using e2e::kRpmHome;
 using nlohmann::json;
-
-const std::string kRpmHome = std::string(REGSCAN_RPMDB_DIR) + "/home";
 
 bool rpmDatabaseBuilt() {
     struct stat info;
     return stat((kRpmHome + "/.rpmmacros").c_str(), &info) == 0;
-}
-
-// One batch request and what its reply must hold.
-struct Case {
-    const char* what;
-    json request;
-    int code;
-    json result;  // expected "result"; a null json means "do not check"
-};
-
-std::vector<json> runBatch(const std::vector<json>& requests, const e2e::RunOptions& base,
-                           int* exitStatus = nullptr) {
-    e2e::RunOptions options = base;
-    for (const json& request : requests) {
-        options.input += request.dump() + "\n";
-    }
-    e2e::RunResult run = e2e::runRegscan({"batch"}, options);
-    if (exitStatus != nullptr) {
-        *exitStatus = run.exitStatus;
-    }
-    std::vector<json> replies;
-    for (const std::string& line : e2e::lines(run.out)) {
-        replies.push_back(json::parse(line, nullptr, false));
-    }
-    EXPECT_EQ(replies.size(), requests.size()) << "stdout:\n"
-                                               << run.out << "\nstderr:\n"
-                                               << run.err;
-    return replies;
-}
-
-void expectReplies(const std::vector<Case>& cases, const e2e::RunOptions& options) {
-    std::vector<json> requests;
-    for (const Case& c : cases) {
-        requests.push_back(c.request);
-    }
-    std::vector<json> replies = runBatch(requests, options);
-    for (std::size_t i = 0; i < cases.size() && i < replies.size(); ++i) {
-        SCOPED_TRACE(std::string(cases[i].what) + ": " + requests[i].dump() + " -> " +
-                     replies[i].dump());
-        EXPECT_EQ(replies[i].value("code", 1), cases[i].code);
-        if (cases[i].result.is_array() && replies[i]["result"].is_array()) {
-            // Lists come in registry order; compare them as sets.
-            std::vector<std::string> expected = cases[i].result;
-            std::vector<std::string> actual = replies[i]["result"];
-            std::sort(expected.begin(), expected.end());
-            std::sort(actual.begin(), actual.end());
-            EXPECT_EQ(actual, expected);
-        } else if (!cases[i].result.is_null()) {
-            EXPECT_EQ(replies[i]["result"], cases[i].result);
-        }
-    }
 }
 
 // synthN of the test database (tools/make-rpmdb.sh): version (N%7).(N%13).N,
@@ -84,7 +32,6 @@ void expectReplies(const std::vector<Case>& cases, const e2e::RunOptions& option
 // N%9 == 0 (no vendor); files under /opt/synthN/ and /usr/share/doc/synthN/, or
 // when N%4 == 0 under /etc/synthN/, /usr/share/synthN/ and /usr/share/doc/synthN/.
 const char* kSynth1 = "synth1-1.1.1-2.el9-noarch";
-const char* kSynth4 = "synth4-4.4.4-5.el9-noarch";
 const char* kSynth9 = "synth9-2.9.9-5.el9-noarch";
 
 std::vector<std::string> synthKeysStartingWith1() {
@@ -112,40 +59,19 @@ TEST_F(RpmFamilyTest, AnswersFromTheRealDatabase) {
             {"full key", expr("RpmProductExists", {{"code", kSynth1}}), 0, "TRUE"},
             {"short key", expr("RpmProductExists", {{"code", "synth1-1.1.1-2.el9"}}), 0, "TRUE"},
             {"absent key", expr("RpmProductExists", {{"code", "synth1"}}), 0, "FALSE"},
-            {"no code", expr("RpmProductExists"), -13000, ""},
-            {"name", expr("RpmProductInfo", {{"code", kSynth1}, {"field", "name"}}), 0, "synth1"},
             {"version joins with a dot",
              expr("RpmProductInfo", {{"code", kSynth1}, {"field", "version"}}), 0, "1.1.1.2.el9"},
             {"display version joins with a hyphen",
              expr("RpmProductInfo", {{"code", kSynth1}, {"field", "displayVersion"}}), 0,
              "1.1.1-2.el9"},
-            {"vendor", expr("RpmProductInfo", {{"code", kSynth1}, {"field", "vendor"}}), 0,
-             "Vendor 1 Inc."},
             {"no vendor: rpm's own text for it",
              expr("RpmProductInfo", {{"code", kSynth9}, {"field", "vendor"}}), 0, "(none)"},
-            {"install roots", expr("RpmProductInfo", {{"code", kSynth1}, {"field", "installDir"}}),
-             0, "/opt/synth1/;/usr/share/doc/synth1/"},
-            {"install roots merged below /usr/share",
-             expr("RpmProductInfo", {{"code", kSynth4}, {"field", "installDir"}}), 0,
-             "/etc/synth4/;/usr/share/"},
-            {"summary", expr("RpmProductInfo", {{"code", kSynth1}, {"field", "description"}}), 0,
-             "Synthetic package number 1 for inventory tests"},
             {"arch", expr("RpmProductInfo", {{"code", kSynth1}, {"field", "arch"}}), 0, "noarch"},
             {"info by short key",
              expr("RpmProductInfo", {{"code", "synth9-2.9.9-5.el9"}, {"field", "release"}}), 0,
              "5.el9"},
-            {"info without code", expr("RpmProductInfo", {{"field", "name"}}), -13000, ""},
-            {"info without field", expr("RpmProductInfo", {{"code", kSynth1}}), -13001, ""},
-            {"unknown key", expr("RpmProductInfo", {{"code", "nope"}, {"field", "name"}}), -13100,
-             ""},
-            {"unknown field", expr("RpmProductInfo", {{"code", kSynth1}, {"field", "colour"}}),
-             -13200, ""},
-            {"field names are case-sensitive",
-             expr("RpmProductInfo", {{"code", kSynth1}, {"field", "Vendor"}}), -13200, ""},
             {"filter", expr("RpmProductList", {{"filter", "synth1*"}}), 0,
              synthKeysStartingWith1()},
-            {"filter matching nothing", expr("RpmProductList", {{"filter", "nothing*"}}), 0,
-             json::array()},
             {"type product and filter",
              expr("RpmProductList", {{"type", "product"}, {"filter", "synth1-*"}}), 0,
              json::array({kSynth1})},
@@ -159,40 +85,18 @@ TEST_F(RpmFamilyTest, AnswersFromTheRealDatabase) {
         options);
 }
 
-TEST_F(RpmFamilyTest, ListsEveryPackageOfTheDatabase) {
-    std::vector<json> replies = runBatch({expr("RpmProductList")}, options);
-    ASSERT_EQ(replies.size(), 1u);
-    EXPECT_EQ(replies[0]["code"], 0);
-    EXPECT_EQ(replies[0]["result"].size(), 40u) << replies[0].dump();
-}
-
 TEST(RpmFamilyFailureTest, AFailingRpmCommandFailsTheFamilyForGood) {
-    // A fake rpm that fails, first on PATH, and counts its runs.
-    char pattern[] = "/tmp/regscan-fake-rpm-XXXXXX";
-    ASSERT_NE(mkdtemp(pattern), nullptr);
-    std::string dir = pattern;
-    {
-        std::ofstream script(dir + "/rpm");
-        script << "#!/bin/sh\necho run >> " << dir << "/runs\necho broken >&2\nexit 1\n";
-    }
-    chmod((dir + "/rpm").c_str(), 0755);
+    e2e::FakeRpm rpm("echo run >> \"${0%/rpm}/runs\"\necho broken >&2\nexit 1\n");
     e2e::RunOptions options;
-    options.environment["PATH"] = dir + ":" + std::getenv("PATH");
+    options.environment["PATH"] = rpm.path();
     expectReplies(
         {
             {"list", expr("RpmProductList"), -13111, json::array()},
             {"exists", expr("RpmProductExists", {{"code", kSynth1}}), -13111, ""},
             {"info", expr("RpmProductInfo", {{"code", kSynth1}, {"field", "name"}}), -13111, ""},
-            {"info still validates first", expr("RpmProductInfo", {{"code", kSynth1}}), -13001, ""},
         },
         options);
-    std::ifstream runs(dir + "/runs");
-    int count = 0;
-    for (std::string line; std::getline(runs, line);) {
-        ++count;
-    }
-    EXPECT_EQ(count, 1) << "the rpm command must run once per process";
-    std::system(("rm -rf " + dir).c_str());
+    EXPECT_EQ(e2e::readFile(rpm.dir + "/runs"), "run\n") << "the rpm command runs once per process";
 }
 
 const char* kStatusFixture =
@@ -245,20 +149,13 @@ TEST_F(DpkgFamilyTest, AnswersFromTheStatusFile) {
             {"installed", expr("DpkgProductExists", {{"code", "gamma"}}), 0, "TRUE"},
             {"config files only", expr("DpkgProductExists", {{"code", "beta"}}), 0, "FALSE"},
             {"not-installed", expr("DpkgProductExists", {{"code", "delta"}}), 0, "FALSE"},
-            {"no code", expr("DpkgProductExists"), -13000, ""},
             {"version kept whole",
              expr("DpkgProductInfo", {{"code", "alpha"}, {"field", "version"}}), 0, "1:2.3-4"},
-            {"display version",
-             expr("DpkgProductInfo", {{"code", "alpha"}, {"field", "displayVersion"}}), 0,
-             "1:2.3-4"},
             {"synopsis only",
              expr("DpkgProductInfo", {{"code", "alpha"}, {"field", "description"}}), 0,
              "the first line only"},
             {"no vendor field", expr("DpkgProductInfo", {{"code", "alpha"}, {"field", "vendor"}}),
              -13200, ""},
-            {"absent package", expr("DpkgProductInfo", {{"code", "beta"}, {"field", "name"}}),
-             -13100, ""},
-            {"no field", expr("DpkgProductInfo", {{"code", "alpha"}}), -13001, ""},
         },
         options);
 }
@@ -281,37 +178,22 @@ TEST(InventoryTest, ListsWhatItCanAndFailsOnlyWhenNothingLists) {
     REGSCAN_REQUIRE_COMPONENT(rpmDatabaseBuilt(), "no test rpm database at " << kRpmHome);
     REGSCAN_REQUIRE_COMPONENT(e2e::namespacesAvailable(),
                               "needs root with unshare, mount namespaces and overlay mounts");
-    char pattern[] = "/tmp/regscan-fake-rpm-XXXXXX";
-    ASSERT_NE(mkdtemp(pattern), nullptr);
-    const std::string fakeRpmDir = pattern;
-    std::ofstream(fakeRpmDir + "/rpm") << "#!/bin/sh\nexit 1\n";
-    chmod((fakeRpmDir + "/rpm").c_str(), 0755);
+    const e2e::FakeRpm failingRpm;
 
-    const json rpmRecord = {{"registry", "rpm"},
-                            {"key", kSynth4},
-                            {"name", "synth4"},
-                            {"version", "4.4.4-5.el9"},
-                            {"vendor", "Vendor 4 Inc."},
-                            {"installDir", "/etc/synth4/;/usr/share/"},
-                            {"description", "Synthetic package number 4 for inventory tests"}};
-    const json dpkgRecord = {{"registry", "dpkg"},
-                             {"key", "alpha"},
-                             {"name", "alpha"},
-                             {"version", "1:2.3-4"},
-                             {"vendor", ""},
-                             {"installDir", ""},
-                             {"description", "the first line only"}};
+    const json rpmRecord = json::parse(R"({"registry":"rpm","key":"synth4-4.4.4-5.el9-noarch",
+        "name":"synth4","version":"4.4.4-5.el9","vendor":"Vendor 4 Inc.","installDir":
+        "/etc/synth4/;/usr/share/","description":"Synthetic package number 4 for inventory tests"})");
+    const json dpkgRecord = json::parse(R"({"registry":"dpkg","key":"alpha","name":"alpha",
+        "version":"1:2.3-4","vendor":"","installDir":"","description":"the first line only"})");
     const struct {
         bool rpm, dpkg;  // the registry can be read
     } cases[] = {{true, true}, {true, false}, {false, true}, {false, false}};
     for (const auto& c : cases) {
-        const std::string label = std::string("rpm ") + (c.rpm ? "readable" : "failing") +
-                                  ", dpkg " + (c.dpkg ? "readable" : "missing");
         e2e::RunOptions options;
         if (c.rpm) {
             options.environment["HOME"] = kRpmHome;
         } else {
-            options.environment["PATH"] = fakeRpmDir + ":" + std::getenv("PATH");
+            options.environment["PATH"] = failingRpm.path();
         }
         if (c.dpkg) {
             options.files["/var/lib/dpkg/status"] = kStatusFixture;
@@ -319,7 +201,8 @@ TEST(InventoryTest, ListsWhatItCanAndFailsOnlyWhenNothingLists) {
             options.setup.push_back("mount -t tmpfs tmpfs /var/lib/dpkg");
         }
         const e2e::RunResult run = e2e::runRegscan({"inventory", "--format", "json"}, options);
-        SCOPED_TRACE(label + "\nstderr:\n" + run.err);
+        SCOPED_TRACE(std::string("rpm ") + (c.rpm ? "readable" : "failing") + ", dpkg " +
+                     (c.dpkg ? "readable" : "missing") + "\nstderr:\n" + run.err);
         const json records = json::parse(run.out, nullptr, false);
         ASSERT_TRUE(records.is_array()) << run.out;
         std::size_t rpmCount = 0, dpkgCount = 0;
@@ -349,7 +232,6 @@ TEST(InventoryTest, ListsWhatItCanAndFailsOnlyWhenNothingLists) {
         }
         EXPECT_EQ(run.exitStatus, failed == regscan::knownRegistries().size() ? 3 : 0);
     }
-    std::system(("rm -rf " + fakeRpmDir).c_str());
 }
 
 }  // namespace

@@ -28,25 +28,8 @@ void writeFile(const std::string& path, const std::string& content) {
     std::ofstream(path, std::ios::binary) << content;
 }
 
-std::string readFile(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    std::stringstream content;
-    content << in.rdbuf();
-    return content.str();
-}
-
-// Single-quotes `word` for sh.
-std::string quote(const std::string& word) {
-    std::string quoted = "'";
-    for (char c : word) {
-        quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    }
-    return quoted + "'";
-}
-
-// The sh command that makes a private mount namespace, mounts an overlay over each
-// of `tops` (upper and work layers under `dir`), runs `setup` and then the command
-// given after it.
+// sh in a private mount namespace: an overlay over each of `tops` (layers under
+// `dir`), then `setup`, then the command given after it.
 std::string inNamespace(const std::string& dir, const std::set<std::string>& tops,
                         const std::vector<std::string>& setup) {
     std::string script = "set -e\n";
@@ -66,6 +49,21 @@ std::string inNamespace(const std::string& dir, const std::set<std::string>& top
 
 }  // namespace
 
+std::string readFile(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::stringstream content;
+    content << in.rdbuf();
+    return content.str();
+}
+
+std::string quote(const std::string& word) {
+    std::string quoted = "'";
+    for (char c : word) {
+        quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    }
+    return quoted + "'";
+}
+
 RunResult runRegscan(const std::vector<std::string>& args, const RunOptions& options) {
     RunResult result;
     const std::string dir = makeTempDir();
@@ -75,10 +73,10 @@ RunResult runRegscan(const std::vector<std::string>& args, const RunOptions& opt
     }
     writeFile(dir + "/input", options.input);
 
-    std::string command = "env";
-    if (options.timeoutSeconds > 0) {
-        command = "/usr/bin/timeout -s KILL " + std::to_string(options.timeoutSeconds) + " env";
-    }
+    std::string command =
+        options.timeoutSeconds > 0
+            ? "/usr/bin/timeout -s KILL " + std::to_string(options.timeoutSeconds) + " env"
+            : "env";
     for (const auto& [name, value] : options.environment) {
         command += " " + quote(name + "=" + value);
     }

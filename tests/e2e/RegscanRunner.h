@@ -1,9 +1,6 @@
-// Runs the built regscan program for end-to-end tests.
-//
-// Fixture files can be placed at their real, fixed locations (the dpkg status
-// file, say) without touching the machine: regscan then runs in a private mount
-// namespace where an overlay mount covers the top directory of each fixture path
-// (/var, /etc, /opt, /root), and the fixture sits in the overlay's upper layer.
+// Runs the built regscan program for end-to-end tests. Fixture files sit at their
+// real, fixed paths: regscan then runs in a private mount namespace where an overlay
+// covers the top directory of each fixture path, the fixture in its upper layer.
 #ifndef REGSCAN_TESTS_E2E_REGSCANRUNNER_H
 #define REGSCAN_TESTS_E2E_REGSCANRUNNER_H
 
@@ -14,19 +11,13 @@
 namespace e2e {
 
 struct RunOptions {
-    // Environment entries that replace or add to the test's own environment.
-    std::map<std::string, std::string> environment;
-    // Standard input.
-    std::string input;
-    // Absolute path -> content, placed through overlays.
-    std::map<std::string, std::string> files;
-    // Shell commands run inside the namespace before regscan starts (after the
-    // overlays are mounted), e.g. "mount -t tmpfs tmpfs /var/lib/dpkg".
+    std::map<std::string, std::string> environment;  // replaces or adds to the test's own
+    std::string input;                               // standard input
+    std::map<std::string, std::string> files;        // absolute path -> content
+    // Shell commands run inside the namespace after the overlays are mounted.
     std::vector<std::string> setup;
-    // Shell words put right before the program, e.g. a setpriv command.
-    std::string prefix;
-    // When above 0, regscan (with every process it started) is killed after this
-    // many seconds; the result's exit status is then 137.
+    std::string prefix;  // shell words put right before the program
+    // Above 0: regscan and its children are killed after this many seconds (status 137).
     int timeoutSeconds = 0;
 };
 
@@ -36,16 +27,15 @@ struct RunResult {
     std::string err;
 };
 
-// Runs regscan with `args`. Fixture files or setup commands need namespaces: check
-// namespacesAvailable() first.
+// Fixture files and setup commands need namespacesAvailable().
 RunResult runRegscan(const std::vector<std::string>& args, const RunOptions& options = {});
 
-// True when this process may make a private mount namespace with overlay mounts
-// (root, unshare and overlayfs available); probed once.
+// Root, unshare and overlayfs available; probed once.
 bool namespacesAvailable();
 
-// Splits text into lines (without their line ends).
 std::vector<std::string> lines(const std::string& text);
+std::string readFile(const std::string& path);
+std::string quote(const std::string& word);  // single-quoted for sh
 
 }  // namespace e2e
 

@@ -8,32 +8,20 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
-#include <sstream>
 #include <string>
 
 #include "RegscanRunner.h"
+#include "Requests.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 
 const std::string kRpmDb = std::string(REGSCAN_RPMDB_DIR) + "/db";
-const std::string kRpmHome = std::string(REGSCAN_RPMDB_DIR) + "/home";
 // Every run gets a time limit that a blocked read would exceed. The view has no
 // /proc, which the leak checker of the sanitizer build needs at exit: leaks are
 // checked by the runs without --root.
 const char kTimeLimit[] = "timeout -s KILL 60 env ASAN_OPTIONS=detect_leaks=0:abort_on_error=1";
-
-std::string readFile(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    std::stringstream content;
-    content << in.rdbuf();
-    return content.str();
-}
-
-std::string fixture(const std::string& name) {
-    return readFile(std::string(REGSCAN_SOURCE_DIR) + "/tests/fixtures/" + name);
-}
 
 std::string statusWith(const std::string& package) {
     return "Package: " + package +
@@ -44,18 +32,14 @@ std::string statusWith(const std::string& package) {
 // A registry file of every kind at its fixed place (relative to a root), and an
 // Orlo tag under the install directory that the ISMP registry reports.
 std::map<std::string, std::string> registryFiles() {
-    return {
-        {"/var/.com.zerog.registry.xml", fixture("anywhere/registry.xml")},
-        {"/etc/.kelvo/registry/Corvu.dat", fixture("corvu/Corvu.dat")},
-        {"/opt/Kelvo/Corvu/eclipse/configuration/config.ini", fixture("corvu/config.ini")},
-        {"/var/kelvo/CorvuData/installed.xml", fixture("corvu/installed.xml")},
-        {"/root/vpd.properties",
-         "I1|4|0|0|0|x|1=RootIsmp|Root ISMP product|true|Vendor|url|4.0|/opt/rootismp"
-         "|0|0|0|0|4|\"_uninst\" \"uninstall.jar\" \"uninstall.dat\" \"\"|1|2|3|4|5|6|7|8|9\n"},
-        {"/opt/rootismp/properties/version/ismp.xml",
-         "<Product><ProductName>RootIsmp</ProductName><ProductVersion>4.0</ProductVersion>"
-         "</Product>"},
-    };
+    std::map<std::string, std::string> files = e2e::xmlRegistryFiles();
+    files["/root/vpd.properties"] =
+        "I1|4|0|0|0|x|1=RootIsmp|Root ISMP product|true|Vendor|url|4.0|/opt/rootismp"
+        "|0|0|0|0|4|\"_uninst\" \"uninstall.jar\" \"uninstall.dat\" \"\"|1|2|3|4|5|6|7|8|9\n";
+    files["/opt/rootismp/properties/version/ismp.xml"] =
+        "<Product><ProductName>RootIsmp</ProductName><ProductVersion>4.0</ProductVersion>"
+        "</Product>";
+    return files;
 }
 
 class RootViewTest : public ::testing::Test {
@@ -101,14 +85,14 @@ class RootViewTest : public ::testing::Test {
 };
 
 TEST_F(RootViewTest, SameInventoryAsTheSameFilesInPlace) {
-    write("/var/lib/dpkg/status", readFile("/var/lib/dpkg/status"));
+    write("/var/lib/dpkg/status", e2e::readFile("/var/lib/dpkg/status"));
     copyRpmDatabase();
     for (const auto& [path, content] : registryFiles())
         write(path, content);
 
     e2e::RunOptions inPlace;
     inPlace.files = registryFiles();
-    inPlace.environment["HOME"] = kRpmHome;
+    inPlace.environment["HOME"] = e2e::kRpmHome;
     e2e::RunResult expected = e2e::runRegscan({"inventory", "--format", "json"}, inPlace);
     e2e::RunResult got = run({"inventory", "--format", "json"});
     ASSERT_EQ(expected.exitStatus, 0) << expected.err;

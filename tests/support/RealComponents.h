@@ -1,8 +1,6 @@
-// What a test does when a real component of the machine that it needs is missing
-// (rpm, rpmbuild, dpkg-query, unshare, overlay mounts, the test rpm database):
-// it fails, since tools/setup.sh installs all of them. Only REGSCAN_ALLOW_SKIP=1 in
-// the environment turns that failure into a skip, for machines that cannot have
-// the component.
+// A missing real component (rpm, dpkg-query, unshare, overlays, the test rpm
+// database) fails the test, since tools/setup.sh installs them all; only
+// REGSCAN_ALLOW_SKIP=1 turns that into a skip.
 #ifndef REGSCAN_TESTS_SUPPORT_REALCOMPONENTS_H
 #define REGSCAN_TESTS_SUPPORT_REALCOMPONENTS_H
 

@@ -1,11 +1,12 @@
-// The provider on the machine's own dpkg status file and on a large generated one
-// (tools/make-dpkg-status.py), against what dpkg-query reports from the same file.
+// The provider on the machine's dpkg status file and a large generated one, against
+// what dpkg-query reports from the same file.
 #include <gtest/gtest.h>
 #include <stdio.h>
 #include <unistd.h>
 
 #include <map>
 #include <set>
+#include <sstream>
 #include <string>
 
 #include "RealComponents.h"
@@ -22,9 +23,8 @@ struct Installed {
     std::string summary;
 };
 
-// name -> versions and summary of the instances that dpkg-query reports as
-// installed from the admin directory `admindir`. False when the command cannot be
-// run.
+// name -> versions and summary of what dpkg-query reports as installed from
+// `admindir`; false when it cannot run.
 bool queryInstalled(const std::string& admindir, std::map<std::string, Installed>& out) {
     const std::string command =
         "dpkg-query --admindir='" + admindir +
@@ -39,23 +39,16 @@ bool queryInstalled(const std::string& admindir, std::map<std::string, Installed
     for (size_t n; (n = fread(chunk, 1, sizeof chunk, pipe)) > 0;) {
         text.append(chunk, n);
     }
-    if (::pclose(pipe) != 0) {
-        return false;
-    }
-    size_t start = 0;
-    for (size_t end; (end = text.find('\n', start)) != std::string::npos; start = end + 1) {
-        const std::string line = text.substr(start, end - start);
-        const size_t t1 = line.find('\t');
-        const size_t t2 = line.find('\t', t1 + 1);
-        const size_t t3 = line.find('\t', t2 + 1);
-        if (t3 == std::string::npos || line.compare(t1 + 1, t2 - t1 - 1, "installed") != 0) {
-            continue;
+    std::istringstream lines(text);
+    for (std::string name, status, version, summary;
+         std::getline(lines, name, '\t') && std::getline(lines, status, '\t') &&
+         std::getline(lines, version, '\t') && std::getline(lines, summary);) {
+        if (status == "installed") {
+            out[name].versions.insert(version);
+            out[name].summary = summary;
         }
-        Installed& entry = out[line.substr(0, t1)];
-        entry.versions.insert(line.substr(t2 + 1, t3 - t2 - 1));
-        entry.summary = line.substr(t3 + 1);
     }
-    return true;
+    return ::pclose(pipe) == 0;
 }
 
 std::string property(RegistryPackage* package, const wchar_t* name) {
@@ -76,9 +69,8 @@ void expectSameAsDpkgQuery(const char* statusFile,
     }
     EXPECT_EQ(static_cast<size_t>(keys.size()), names.size()) << "a key came twice";
     std::set<std::string> expectedNames;
-    for (const auto& entry : expected) {
+    for (const auto& entry : expected)
         expectedNames.insert(entry.first);
-    }
     ASSERT_EQ(names, expectedNames);
 
     for (const auto& entry : expected) {

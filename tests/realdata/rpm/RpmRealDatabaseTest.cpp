@@ -1,5 +1,4 @@
-// The rpm provider against a real rpm database built from real packages (the
-// make_rpmdb test fixture), compared with what rpm itself prints for it.
+// The rpm provider on the test rpm database, against what rpm itself prints.
 #include <gtest/gtest.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -20,7 +19,6 @@ using RegPlugin::RegistryPackage;
 
 const char kHome[] = REGSCAN_RPMDB_DIR "/home";
 
-// Runs `command` and returns its standard output.
 std::string run(const char* command) {
     std::string output;
     FILE* pipe = ::popen(command, "r");
