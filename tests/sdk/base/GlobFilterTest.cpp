@@ -42,7 +42,8 @@ TEST(GlobFilterTest, Matches) {
                  {L"abc", L"abC", false, false},       {L"BASH", L"bash", true, true},
                  {L"bash", L"basH2", true, false},     {L"LIB*", L"libfoo", true, true},
                  {L"lib*", L"li", false, false},       {L"lib*", L"Lib", false, false},
-                 {L"\\*x*", L"*xy", false, true},      {L"\\*x*", L"axy", false, false}};
+                 {L"\\*x*", L"*xy", false, true},      {L"\\*x*", L"axy", false, false},
+                 {L"*", L"any", false, true}};
     for (const auto& c : cases) {
         GlobFilter filter;
         ASSERT_EQ(GlobFilter::GLOB_OK, filter.compile(c.pattern, c.ignoreCase))
