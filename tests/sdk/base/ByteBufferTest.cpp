@@ -8,46 +8,43 @@
 
 namespace {
 
-// A text of `count` bytes that differs at every position of a page.
-std::string pattern(std::size_t count, std::size_t seed) {
-    std::string text(count, '\0');
-    for (std::size_t i = 0; i < count; ++i) {
-        text[i] = static_cast<char>((i + seed) * 131u >> 2);
-    }
-    return text;
+std::string text(const ByteBuffer& buffer) {
+    return std::string(buffer.data(), buffer.size());
 }
 
-// Growing across the first mapping, the huge-page size and several moves keeps
-// every byte, whatever the sizes of the pieces.
+// Growing across the first mapping (256 KiB), the huge-page size (4 MiB) and several
+// moves keeps every byte, whatever the sizes of the pieces.
 TEST(ByteBufferTest, AppendsKeepEveryByte) {
-    const std::size_t kib = 1024;
+    const std::size_t k = 1024, m = 1024 * 1024;
     const std::vector<std::vector<std::size_t>> cases = {
         {0},
         {1},
-        {256 * kib},
-        {256 * kib, 1},
-        {256 * kib - 1, 1, 1},
-        {100, 5 * 1024 * kib, 3},
-        {4 * 1024 * kib + 1, 4 * 1024 * kib, 17},
-        {65536, 65536, 65536, 65536, 65536, 3 * 1024 * kib},
-    };
+        {256 * k},
+        {256 * k, 1},
+        {256 * k - 1, 1, 1},
+        {100, 5 * m, 3},
+        {4 * m + 1, 4 * m, 17},
+        {64 * k, 64 * k, 64 * k, 64 * k, 64 * k, 3 * m}};
     for (const auto& pieces : cases) {
         ByteBuffer buffer;
         std::string expected;
         for (std::size_t piece : pieces) {
-            const std::string text = pattern(piece, expected.size());
-            ASSERT_TRUE(buffer.append(text.data(), text.size()));
-            expected += text;
+            // Differs at every position of a page.
+            std::string bytes(piece, '\0');
+            for (std::size_t i = 0; i < piece; ++i) {
+                bytes[i] = static_cast<char>((i + expected.size()) * 131u >> 2);
+            }
+            ASSERT_TRUE(buffer.append(bytes.data(), bytes.size()));
+            expected += bytes;
         }
         ASSERT_EQ(buffer.size(), expected.size());
         EXPECT_EQ(buffer.empty(), expected.empty());
-        EXPECT_TRUE(expected.empty() ||
-                    std::string(buffer.data(), buffer.size()) == expected);  // no huge diffs
+        EXPECT_TRUE(expected.empty() || text(buffer) == expected);  // no huge diffs
     }
 }
 
 // Room handed out and partly used: only committed bytes count.
-TEST(ByteBufferTest, RoomAndCommit) {
+TEST(ByteBufferTest, RoomCommitAndMoves) {
     ByteBuffer buffer;
     char* room = buffer.room(10);
     ASSERT_NE(room, nullptr);
@@ -58,22 +55,20 @@ TEST(ByteBufferTest, RoomAndCommit) {
     ASSERT_NE(room, nullptr);
     room[0] = 'c';
     buffer.commit(1);
-    EXPECT_EQ(std::string(buffer.data(), buffer.size()), "abc");
     EXPECT_EQ(buffer.room(std::size_t(-1)), nullptr);
-    EXPECT_EQ(std::string(buffer.data(), buffer.size()), "abc");
+    EXPECT_EQ(text(buffer), "abc");
 
     ByteBuffer moved(std::move(buffer));
     EXPECT_TRUE(buffer.empty());
     EXPECT_EQ(buffer.data(), nullptr);
-    EXPECT_EQ(std::string(moved.data(), moved.size()), "abc");
     ByteBuffer other;
     other.append("xyz", 3);
     other = std::move(moved);
-    EXPECT_EQ(std::string(other.data(), other.size()), "abc");
+    EXPECT_EQ(text(other), "abc");
     other.clear();
     EXPECT_TRUE(other.empty());
     EXPECT_TRUE(other.append("d", 1));
-    EXPECT_EQ(std::string(other.data(), other.size()), "d");
+    EXPECT_EQ(text(other), "d");
 }
 
 }  // namespace
